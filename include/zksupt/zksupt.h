@@ -1,0 +1,9 @@
+/* libzksupt: every public header of the library. */
+#ifndef ZKSUPT_ZKSUPT_H
+#define ZKSUPT_ZKSUPT_H
+
+#include <zksupt/types.h>
+#include <zksupt/status.h>
+#include <zksupt/frame.h>
+
+#endif /* ZKSUPT_ZKSUPT_H */

@@ -1,0 +1,30 @@
+#!/usr/bin/env bash
+# Makes sure the Debian packages a job needs are installed: installs the
+# missing ones with apt-get when run as root, else names them and fails.
+# Usage: scripts/deps.sh example|test
+set -euo pipefail
+
+packages=(cmake ninja-build g++ make)
+case "${1:-test}" in
+  example) ;;
+  test) packages+=(libgtest-dev googletest libbenchmark-dev g++-powerpc-linux-gnu qemu-user util-linux) ;;
+  *) echo "usage: $0 example|test" >&2; exit 2 ;;
+esac
+
+missing=()
+for package in "${packages[@]}"; do
+  if ! dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'install ok installed'; then
+    missing+=("$package")
+  fi
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+if [ "$(id -u)" -ne 0 ]; then
+  echo "missing Debian packages: ${missing[*]}" >&2
+  echo "install them with: sudo apt-get install ${missing[*]}" >&2
+  exit 1
+fi
+echo "installing: ${missing[*]}"
+export DEBIAN_FRONTEND=noninteractive
+apt-get update -q
+apt-get install -y -q --no-install-recommends "${missing[@]}"

@@ -1,0 +1,48 @@
+// The library's modules in their start order. This table is the one place
+// that names every subsystem's start and stop; a subsystem joins the library
+// by filling its slot with its two functions in place of notBuiltYet.
+#include "config/registry_file.h"
+#include "frame/lifecycle.h"
+
+#include <array>
+
+namespace zksupt::frame {
+namespace {
+
+// Module 1 picks the registry file, then creates the file-lock table (not
+// built yet). Without a registry file nothing else can start.
+bool startRegistryAndFileLocks()
+{
+    return config::chooseRegistryFile();
+}
+
+// Destroys the file-lock table (not built yet). The chosen registry file is
+// kept; the next first attach chooses again.
+void stopRegistryAndFileLocks() {}
+
+constexpr std::array<Module, 9> kModules{{
+    {"registry file and file locks", startRegistryAndFileLocks, stopRegistryAndFileLocks},
+    notBuiltYet("product install paths"),
+    notBuiltYet("network"),
+    notBuiltYet("IPC name registry"),
+    notBuiltYet("critical sections"),
+    notBuiltYet("event log"),
+    notBuiltYet("format engine"),
+    notBuiltYet("dynamic-library table"),
+    notBuiltYet("CRC-32 table"),
+}};
+
+}  // namespace
+
+Lifecycle &library()
+{
+    static Lifecycle lifecycle{kModules};
+    return lifecycle;
+}
+
+int16_t unloading()
+{
+    return library().unloading();
+}
+
+}  // namespace zksupt::frame

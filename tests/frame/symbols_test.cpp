@@ -1,0 +1,102 @@
+// The shared library as a caller loads it: every function the public headers
+// declare resolves with dlsym, and each of them is a name of the interface.
+#include <gtest/gtest.h>
+
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <set>
+#include <sstream>
+#include <string>
+
+#include "support/child.h"
+#include "support/sandbox.h"
+
+namespace {
+
+std::string readFile(const std::filesystem::path &path)
+{
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream text;
+    text << in.rdbuf();
+    return text.str();
+}
+
+// Names of the functions declared in the public headers.
+std::set<std::string> declaredFunctions()
+{
+    static const std::regex declaration(R"(ZKSUPT_API[^;(]*?\b((?:SM|SUPT)\w+)\s*\()");
+    std::set<std::string> names;
+    for (const auto &entry : std::filesystem::directory_iterator(ZKSUPT_INCLUDE_DIR "/zksupt")) {
+        const std::string text = readFile(entry.path());
+        for (std::sregex_iterator it(text.begin(), text.end(), declaration), end; it != end; ++it)
+            names.insert((*it)[1].str());
+    }
+    return names;
+}
+
+std::set<std::string> interfaceNames()
+{
+    std::set<std::string> names;
+    std::istringstream lines(readFile(ZKSUPT_ABI_LIST));
+    for (std::string line; std::getline(lines, line);)
+        if (!line.empty())
+            names.insert(line);
+    return names;
+}
+
+TEST(Symbols, HeadersDeclareOnlyNamesOfTheInterface)
+{
+    const auto declared = declaredFunctions();
+    const auto known = interfaceNames();
+    EXPECT_EQ(known.size(), 271u);
+    EXPECT_GE(declared.size(), 11u);
+    for (const auto &name : declared)
+        EXPECT_TRUE(known.count(name)) << name << " is declared but is not a name of the interface";
+}
+
+TEST(Symbols, LoadedLibraryResolvesEveryDeclaredFunction)
+{
+    const auto declared = declaredFunctions();
+    const int result = zksupt::test::runInChild([&declared] {
+        void *library = dlopen(ZKSUPT_SHARED_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+        if (library == nullptr)
+            return 100;
+        int missing = 0;
+        for (const auto &name : declared)
+            if (dlsym(library, name.c_str()) == nullptr)
+                ++missing;
+        using Version = uint32_t (*)();
+        auto major = reinterpret_cast<Version>(dlsym(library, "SUPTGetMajorVersion"));
+        if (major == nullptr || major() != 1)
+            return 101;
+        // Internal functions stay hidden.
+        if (dlsym(library, "_ZN6zksupt5frame7libraryEv") != nullptr)
+            return 102;
+        dlclose(library);
+        return std::min(missing, 99);
+    });
+    EXPECT_EQ(result, 0) << "100: dlopen failed, 101: wrong version, 102: internals visible, else missing names";
+}
+
+TEST(Symbols, LibraryLoadsEvenWhenItsAttachFails)
+{
+    const int result = zksupt::test::runInChild([] {
+        const std::string missing = zksupt::test::sandbox().path("absent/qvreg.cfg");
+        setenv("ZKSUPT_REGISTRY", missing.c_str(), 1);
+        void *library = dlopen(ZKSUPT_SHARED_LIBRARY, RTLD_NOW | RTLD_LOCAL);
+        if (library == nullptr)
+            return 1;
+        using Shutdown = int32_t (*)();
+        auto shutdown = reinterpret_cast<Shutdown>(dlsym(library, "SMOSShutdown"));
+        const int status = shutdown != nullptr ? shutdown() : 2;
+        dlclose(library);
+        return status;
+    });
+    EXPECT_EQ(result, 0);
+}
+
+}  // namespace

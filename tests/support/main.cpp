@@ -1,0 +1,44 @@
+// Main of every test program: makes the sandbox installation, attaches the
+// library inside it as the loader would, runs the tests, then detaches and
+// removes the sandbox.
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "frame/lifecycle.h"
+#include "support/sandbox.h"
+
+namespace zksupt::test {
+namespace {
+
+std::unique_ptr<Sandbox> theSandbox;
+
+class LibraryEnvironment : public ::testing::Environment {
+  public:
+    void SetUp() override
+    {
+        theSandbox = std::make_unique<Sandbox>();
+        ASSERT_EQ(frame::library().attach(), 1) << "the library did not attach in " << theSandbox->root();
+    }
+    void TearDown() override
+    {
+        frame::library().detach();
+        theSandbox.reset();
+    }
+};
+
+}  // namespace
+
+Sandbox &sandbox()
+{
+    return *theSandbox;
+}
+
+}  // namespace zksupt::test
+
+int main(int argc, char **argv)
+{
+    ::testing::InitGoogleTest(&argc, argv);
+    ::testing::AddGlobalTestEnvironment(new zksupt::test::LibraryEnvironment);
+    return RUN_ALL_TESTS();
+}
