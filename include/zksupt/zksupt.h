@@ -5,5 +5,7 @@
 #include <zksupt/types.h>
 #include <zksupt/status.h>
 #include <zksupt/frame.h>
+#include <zksupt/digest.h>
+#include <zksupt/file.h>
 
 #endif /* ZKSUPT_ZKSUPT_H */

@@ -1,0 +1,5 @@
+# Peers of the benchmarks that bring libraries of their own. They are linked
+# into the benchmark programs only, never into the library.
+find_package(ZLIB REQUIRED)
+find_package(OpenSSL REQUIRED)
+target_link_libraries(digest_bench PRIVATE ZLIB::ZLIB OpenSSL::Crypto)

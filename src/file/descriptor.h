@@ -1,0 +1,26 @@
+// An owned file descriptor, closed when it goes out of scope.
+#pragma once
+
+#include <unistd.h>
+
+namespace zksupt::file {
+
+class Descriptor {
+  public:
+    explicit Descriptor(int fd) noexcept : fd_(fd) {}
+    ~Descriptor()
+    {
+        if (fd_ >= 0)
+            ::close(fd_);
+    }
+    Descriptor(const Descriptor &) = delete;
+    Descriptor &operator=(const Descriptor &) = delete;
+
+    explicit operator bool() const noexcept { return fd_ >= 0; }
+    int get() const noexcept { return fd_; }
+
+  private:
+    int fd_;
+};
+
+}  // namespace zksupt::file

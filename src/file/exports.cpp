@@ -1,0 +1,22 @@
+// Exported entries of the file operations.
+#include <zksupt/file.h>
+
+#include "file/operations.h"
+
+namespace fi = zksupt::file;
+
+// clang-format off
+extern "C" {
+
+int32_t SMFileCopy(const char *source, const char *destination, int32_t overwrite) noexcept { return fi::copyFile(source, destination, overwrite, fi::Sync::no); }
+int32_t SMFileCopyAndSync(const char *source, const char *destination, int32_t overwrite) noexcept { return fi::copyFile(source, destination, overwrite, fi::Sync::yes); }
+int32_t SMFileAppend(const char *source, const char *destination, int32_t create) noexcept { return fi::appendFile(source, destination, create, fi::Sync::no); }
+int32_t SMFileAppendAndSync(const char *source, const char *destination, int32_t create) noexcept { return fi::appendFile(source, destination, create, fi::Sync::yes); }
+int32_t SMMkDir(const char *path) noexcept { return fi::makeDirectory(path); }
+int32_t SMRmDir(const char *path) noexcept { return fi::removeDirectory(path); }
+int32_t SMGetSizeOfFile(const char *path, uint32_t *size) noexcept { return fi::sizeOfFile(path, size); }
+int32_t SMDeleteFile(const char *path) noexcept { return fi::deleteFile(path); }
+int32_t SMGetTmpFile(const char *directory, char *name, uint32_t *size) noexcept { return fi::temporaryName(directory, name, size); }
+
+}  // extern "C"
+// clang-format on

@@ -1,0 +1,55 @@
+// Free names for temporary files. The file is not created: the name is free
+// only at the moment of the test, and callers create it themselves.
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+
+#include <zksupt/status.h>
+
+#include "file/operations.h"
+
+namespace zksupt::file {
+namespace {
+
+constexpr char kNameCharacters[] = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
+constexpr unsigned kNameCharacterCount = sizeof kNameCharacters - 1;
+constexpr uint32_t kNameLength = 8;
+constexpr int kAttempts = 100;
+constexpr std::size_t kPathLimit = 256;
+
+// The names come from the C random generator, seeded with the time on first
+// use in the process.
+void seedOnce()
+{
+    static std::atomic<bool> seeded{false};
+    if (!seeded.exchange(true))
+        std::srand(static_cast<unsigned>(std::time(nullptr)));
+}
+
+}  // namespace
+
+int32_t temporaryName(const char *directory, char *name, uint32_t *size) noexcept
+{
+    if (directory == nullptr || name == nullptr || size == nullptr)
+        return SM_STATUS_BAD_ARGUMENT;
+    if (*size <= kNameLength) {
+        *size = kNameLength + 1;
+        return SM_STATUS_BUFFER_TOO_SMALL;
+    }
+    seedOnce();
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        for (uint32_t i = 0; i < kNameLength; ++i)
+            name[i] = kNameCharacters[static_cast<unsigned>(std::rand()) % kNameCharacterCount];
+        name[kNameLength] = '\0';
+        char path[kPathLimit];
+        std::snprintf(path, sizeof path, "%s/%s", directory, name);
+        if (!entryExists(path)) {
+            *size = kNameLength + 1;
+            return SM_STATUS_SUCCESS;
+        }
+    }
+    return SM_STATUS_FAILURE;
+}
+
+}  // namespace zksupt::file
