@@ -12,8 +12,9 @@ inline constexpr uint32_t kCrc32Polynomial = 0xEDB88320;
 // Continues a CRC-32: crc is the result over the bytes before (0 to start),
 // the result is the CRC-32 of those bytes followed by these.
 uint32_t crc32Update(uint32_t crc, const void *data, std::size_t length) noexcept;
-// The same, one table step at a time up to eight bytes a step, whatever the
-// processor offers; the fast path falls back to it.
+// The same through sliced tables, eight bytes a step, on any processor: the
+// whole job where carry-less multiply is missing, the tail of a buffer where
+// it is not. Tests hold the two paths against each other.
 uint32_t crc32UpdatePortable(uint32_t crc, const void *data, std::size_t length) noexcept;
 
 // CRC-32 of length bytes.

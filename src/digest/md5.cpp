@@ -41,17 +41,19 @@ constexpr Constants makeSineConstants()
 constexpr Constants kSine = makeSineConstants();
 static_assert(kSine[0] == 0xD76AA478 && kSine[63] == 0xEB86D391, "RFC 1321 lists these");
 
-// The four rounds' functions, in forms with one operation fewer than RFC
-// 1321's and the same values.
+// The four rounds' functions, with the same values as RFC 1321's. b is the
+// word computed by the step before, so each form keeps the work that waits
+// for it short: one operation fewer in the first, disjoint bits added in the
+// second (c and not d does not wait for b), c xor d first in the third.
 template <int Round>
 constexpr uint32_t mix(uint32_t b, uint32_t c, uint32_t d)
 {
     if constexpr (Round == 0)
         return d ^ (b & (c ^ d));  // (b and c) or (not b and d)
     else if constexpr (Round == 1)
-        return c ^ (d & (b ^ c));  // (b and d) or (c and not d)
+        return (c & ~d) + (b & d);  // (b and d) or (c and not d)
     else if constexpr (Round == 2)
-        return b ^ c ^ d;
+        return b ^ (c ^ d);
     else
         return c ^ (b | ~d);
 }
@@ -79,7 +81,8 @@ inline void step(std::array<uint32_t, 4> &v, const uint32_t *x)
     const uint32_t b = v[(65 - J) % 4];
     const uint32_t c = v[(66 - J) % 4];
     const uint32_t d = v[(67 - J) % 4];
-    a = b + std::rotl(a + mix<J / 16>(b, c, d) + x[wordOf(J)] + kSine[J], rotationOf(J));
+    // The part of the sum that does not wait for b comes first.
+    a = b + std::rotl((a + x[wordOf(J)] + kSine[J]) + mix<J / 16>(b, c, d), rotationOf(J));
 }
 
 template <std::size_t... J>

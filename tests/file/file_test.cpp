@@ -2,8 +2,9 @@
 // permissions, partial results and descriptors.
 #include <gtest/gtest.h>
 
-#include <dirent.h>
+#include <sched.h>
 #include <signal.h>
+#include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -99,11 +100,6 @@ TEST_F(FileOps, CopyCreatesOrReplacesWithTheSourcesBytesAndMode)
     ASSERT_EQ(SMFileCopy(source.c_str(), longer.c_str(), 1), SM_STATUS_SUCCESS);
     EXPECT_EQ(read(longer), contents) << "a replaced file is truncated first";
     EXPECT_EQ(modeOf(longer), 0640u);
-
-    const auto empty = write("empty", "", 0604);
-    ASSERT_EQ(SMFileCopy(empty.c_str(), longer.c_str(), 1), SM_STATUS_SUCCESS);
-    EXPECT_EQ(read(longer), "");
-    EXPECT_EQ(modeOf(longer), 0604u);
 }
 
 TEST_F(FileOps, CopyOntoAnExistingFileNeedsOverwrite)
@@ -123,33 +119,26 @@ TEST_F(FileOps, CopyOntoAnExistingFileNeedsOverwrite)
     EXPECT_FALSE(fs::exists(at("nowhere")));
 }
 
-TEST_F(FileOps, AppendAddsToTheEndAndKeepsAnExistingMode)
+TEST_F(FileOps, AppendAddsToTheEndAndCreatesOnlyWhenAsked)
 {
-    const auto source = write("source", "tail", 0640);
+    const auto source = write("source", "tail", 0750);
     const auto target = write("target", "head-", 0600);
     EXPECT_EQ(SMFileAppend(source.c_str(), target.c_str(), 0), SM_STATUS_SUCCESS);
     EXPECT_EQ(SMFileAppendAndSync(source.c_str(), target.c_str(), 1), SM_STATUS_SUCCESS);
     EXPECT_EQ(read(target), "head-tailtail");
-    EXPECT_EQ(modeOf(target), 0600u);
+    EXPECT_EQ(modeOf(target), 0600u) << "an existing file keeps its mode";
 
+    const auto fresh = at("fresh");
+    EXPECT_EQ(SMFileAppend(source.c_str(), fresh.c_str(), 0), SM_STATUS_FILE_NOT_FOUND);
+    EXPECT_FALSE(fs::exists(fresh));
     const std::string big = randomText(20000, 3);
-    const auto bigSource = write("big", big);
-    EXPECT_EQ(SMFileAppend(bigSource.c_str(), target.c_str(), 0), SM_STATUS_SUCCESS);
-    EXPECT_EQ(read(target), "head-tailtail" + big);
+    const auto bigSource = write("big", big, 0750);
+    EXPECT_EQ(SMFileAppendAndSync(bigSource.c_str(), fresh.c_str(), 1), SM_STATUS_SUCCESS);
+    EXPECT_EQ(read(fresh), big);
+    EXPECT_EQ(modeOf(fresh), 0750u);
 }
 
-TEST_F(FileOps, AppendToAMissingFileNeedsCreate)
-{
-    const auto source = write("source", "data", 0750);
-    const auto target = at("target");
-    EXPECT_EQ(SMFileAppend(source.c_str(), target.c_str(), 0), SM_STATUS_FILE_NOT_FOUND);
-    EXPECT_FALSE(fs::exists(target));
-    EXPECT_EQ(SMFileAppendAndSync(source.c_str(), target.c_str(), 1), SM_STATUS_SUCCESS);
-    EXPECT_EQ(read(target), "data");
-    EXPECT_EQ(modeOf(target), 0750u);
-}
-
-TEST_F(FileOps, FailuresBeforeAnyByteMoves)
+TEST_F(FileOps, FailuresOfArgumentsOpeningAndReading)
 {
     const auto source = write("source", "data");
     const auto target = at("target");
@@ -161,16 +150,13 @@ TEST_F(FileOps, FailuresBeforeAnyByteMoves)
     // The destination's directory does not exist.
     EXPECT_EQ(SMFileCopy(source.c_str(), at("no/such/file").c_str(), 1), SM_STATUS_FAILURE);
     EXPECT_EQ(SMFileAppend(source.c_str(), at("no/such/file").c_str(), 1), SM_STATUS_FAILURE);
-}
 
-TEST_F(FileOps, ReadFailureLeavesTheDestinationAsFarAsWritten)
-{
-    // A directory opens for reading, but reading it fails.
+    // A directory opens for reading, but reading it fails: the destination
+    // stays as far as it got, truncated and empty.
     fs::create_directory(at("folder"));
-    const auto target = write("target", "previous");
-    EXPECT_EQ(SMFileCopy(at("folder").c_str(), target.c_str(), 1), SM_STATUS_FAILURE);
-    EXPECT_EQ(read(target), "") << "truncated, nothing written";
-    EXPECT_EQ(SMFileAppend(at("folder").c_str(), target.c_str(), 1), SM_STATUS_FAILURE);
+    const auto previous = write("previous", "previous");
+    EXPECT_EQ(SMFileCopy(at("folder").c_str(), previous.c_str(), 1), SM_STATUS_FAILURE);
+    EXPECT_EQ(read(previous), "");
 }
 
 TEST_F(FileOps, WriteFailureKeepsWhatWasWrittenAndDropsAShortWritesRest)
@@ -192,6 +178,28 @@ TEST_F(FileOps, WriteFailureKeepsWhatWasWrittenAndDropsAShortWritesRest)
     EXPECT_EQ(read(target), contents.substr(0, 10000));
 }
 
+TEST_F(FileOps, FullDiskIsReportedAndKeepsWhatFitted)
+{
+    // A 32 KiB file system of our own, mounted in a private mount namespace
+    // of a child process, so that nobody else ever sees it.
+    const std::string contents = randomText(100000, 6);
+    const auto source = write("source", contents);
+    fs::create_directory(at("small"));
+    const auto target = at("small/target");
+    const int result = zksupt::test::runInChild([&] {
+        if (::unshare(CLONE_NEWNS) != 0 || ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+            ::mount("zksupt-test", at("small").c_str(), "tmpfs", 0, "size=32k") != 0)
+            return 77;
+        if (SMFileCopy(source.c_str(), target.c_str(), 1) != SM_STATUS_LIMIT_REACHED)
+            return 1;
+        const std::string kept = read(target);
+        return !kept.empty() && kept.size() < contents.size() && contents.compare(0, kept.size(), kept) == 0 ? 0 : 2;
+    });
+    if (result == 77)
+        GTEST_SKIP() << "no private mount namespace for a small file system here";
+    EXPECT_EQ(result, 0);
+}
+
 TEST_F(FileOps, NoDescriptorIsLeftOpenOnAnyPath)
 {
     const auto source = write("source", randomText(10000, 5));
@@ -208,7 +216,7 @@ TEST_F(FileOps, NoDescriptorIsLeftOpenOnAnyPath)
     EXPECT_EQ(openDescriptors(), before);
 }
 
-TEST_F(FileOps, MakeDirectoryOneLevel)
+TEST_F(FileOps, MakeAndRemoveOneDirectoryLevel)
 {
     const auto made = at("made");
     EXPECT_EQ(SMMkDir(made.c_str()), SM_STATUS_SUCCESS);
@@ -216,20 +224,15 @@ TEST_F(FileOps, MakeDirectoryOneLevel)
     EXPECT_EQ(modeOf(made) & ~0755u, 0u);
     EXPECT_EQ(SMMkDir(made.c_str()), SM_STATUS_SUCCESS) << "an existing directory is fine";
     EXPECT_EQ(SMMkDir(write("plain", "x").c_str()), SM_STATUS_SUCCESS) << "so is anything at the path";
-    EXPECT_EQ(SMMkDir(at("missing/child").c_str()), SM_STATUS_FAILURE);
-    EXPECT_FALSE(fs::exists(at("missing")));
-}
+    EXPECT_EQ(SMMkDir(at("missing/child").c_str()), SM_STATUS_FAILURE) << "no parents are made";
 
-TEST_F(FileOps, RemoveDirectoryStatuses)
-{
-    fs::create_directories(at("full/inner"));
-    fs::create_directory(at("empty"));
-    EXPECT_EQ(SMRmDir(at("empty").c_str()), SM_STATUS_SUCCESS);
-    EXPECT_FALSE(fs::exists(at("empty")));
-    EXPECT_EQ(SMRmDir(at("empty").c_str()), 0x100);
-    EXPECT_EQ(SMRmDir(at("full").c_str()), 0x101);
-    EXPECT_TRUE(fs::exists(at("full/inner")));
-    EXPECT_EQ(SMRmDir(write("plain", "x").c_str()), SM_STATUS_FAILURE);
+    fs::create_directory(made + "/inner");
+    EXPECT_EQ(SMRmDir(made.c_str()), 0x101);
+    EXPECT_EQ(SMRmDir((made + "/inner").c_str()), SM_STATUS_SUCCESS);
+    EXPECT_EQ(SMRmDir(made.c_str()), SM_STATUS_SUCCESS);
+    EXPECT_FALSE(fs::exists(made));
+    EXPECT_EQ(SMRmDir(made.c_str()), 0x100);
+    EXPECT_EQ(SMRmDir(at("plain").c_str()), SM_STATUS_FAILURE);
 }
 
 TEST_F(FileOps, SizeAndDeletion)
@@ -251,17 +254,6 @@ TEST_F(FileOps, SizeAndDeletion)
     EXPECT_TRUE(fs::exists(at("folder")));
 }
 
-TEST_F(FileOps, TemporaryNameNeedsNineBytes)
-{
-    char name[16] = "unchanged";
-    for (uint32_t small : {0u, 8u}) {
-        uint32_t size = small;
-        EXPECT_EQ(SMGetTmpFile(dir_.c_str(), name, &size), SM_STATUS_BUFFER_TOO_SMALL);
-        EXPECT_EQ(size, 9u);
-        EXPECT_STREQ(name, "unchanged");
-    }
-}
-
 TEST_F(FileOps, TemporaryNamesAreFreeAndUseTheAlphabet)
 {
     const std::string alphabet = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
@@ -281,6 +273,14 @@ TEST_F(FileOps, TemporaryNamesAreFreeAndUseTheAlphabet)
         EXPECT_FALSE(fs::exists(at(name))) << "the file is not created";
     }
     EXPECT_EQ(seen.size(), alphabet.size()) << "4000 draws reach every character";
+
+    char unchanged[16] = "unchanged";
+    for (uint32_t small : {0u, 8u}) {
+        uint32_t size = small;
+        EXPECT_EQ(SMGetTmpFile(dir_.c_str(), unchanged, &size), SM_STATUS_BUFFER_TOO_SMALL);
+        EXPECT_EQ(size, 9u);
+        EXPECT_STREQ(unchanged, "unchanged");
+    }
 }
 
 TEST_F(FileOps, TemporaryNameGivesUpAfterAHundredTakenNames)
