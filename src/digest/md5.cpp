@@ -18,8 +18,10 @@ static_assert(offsetof(SMRFC1321Context, digest) == 28);
 static_assert(offsetof(SMRFC1321Context, block) == 44);
 
 constexpr std::size_t kBlock = 64;
-// Past this many buffered bytes (the 0x80 marker included) the bit count no
-// longer fits, and the padding takes one more block.
+// With more bytes than this buffered (the 0x80 marker included), the padding
+// takes one more block. RFC 1321 fits 56 with the bit count; this library has
+// always stopped at 55, and stored digests of messages of 55 bytes modulo 64
+// depend on it.
 constexpr uint32_t kLastFitting = 55;
 constexpr std::size_t kCountOffset = 56;
 
@@ -45,8 +47,7 @@ static_assert(kSine[0] == 0xD76AA478 && kSine[63] == 0xEB86D391, "RFC 1321 lists
 // word computed by the step before, so each form keeps the work that waits
 // for it short: one operation fewer in the first, disjoint bits added in the
 // second (c and not d does not wait for b), c xor d first in the third.
-template <int Round>
-constexpr uint32_t mix(uint32_t b, uint32_t c, uint32_t d)
+template <int Round> constexpr uint32_t mix(uint32_t b, uint32_t c, uint32_t d)
 {
     if constexpr (Round == 0)
         return d ^ (b & (c ^ d));  // (b and c) or (not b and d)
@@ -74,8 +75,7 @@ constexpr int rotationOf(std::size_t j)
 
 // Step j updates one of the four words; the roles a, b, c, d rotate by one
 // word each step.
-template <std::size_t J>
-inline void step(std::array<uint32_t, 4> &v, const uint32_t *x)
+template <std::size_t J> inline void step(std::array<uint32_t, 4> &v, const uint32_t *x)
 {
     uint32_t &a = v[(64 - J) % 4];
     const uint32_t b = v[(65 - J) % 4];
@@ -130,30 +130,27 @@ void md5Load(SMRFC1321Context *context) noexcept
 
 void md5Add(SMRFC1321Context *context, const void *data, uint32_t length) noexcept
 {
-    const auto *bytes = static_cast<const uint8_t *>(data);
     if (length == 0)
         return;
+    addBytesToCount(context, length);
+    const auto *bytes = static_cast<const uint8_t *>(data);
     if (context->buffered > 0) {
         const uint32_t room = kBlock - context->buffered;
         const uint32_t taken = length < room ? length : room;
         std::memcpy(context->block + context->buffered, bytes, taken);
-        addBytesToCount(context, taken);
         if (taken < room) {
             context->buffered += taken;
             return;
         }
         compress(context->state, context->block, 1);
-        context->buffered = 0;
         bytes += taken;
         length -= taken;
     }
+    // Whole blocks straight from the caller's memory, the rest into the buffer.
     const std::size_t whole = length / kBlock;
     compress(context->state, bytes, whole);
-    addBytesToCount(context, whole * kBlock);
-    const uint32_t rest = length % kBlock;
-    std::memcpy(context->block, bytes + whole * kBlock, rest);
-    addBytesToCount(context, rest);
-    context->buffered = rest;
+    context->buffered = length % kBlock;
+    std::memcpy(context->block, bytes + whole * kBlock, context->buffered);
 }
 
 void md5Finish(SMRFC1321Context *context) noexcept

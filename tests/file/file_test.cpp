@@ -75,7 +75,7 @@ class FileOps : public ::testing::Test {
 
     static mode_t modeOf(const std::string &path)
     {
-        struct stat status{};
+        struct stat status {};
         EXPECT_EQ(::stat(path.c_str(), &status), 0) << path;
         return status.st_mode & 07777;
     }
