@@ -1,3 +1,4 @@
+// Allocation, reservation and scans of the hash-ID table.
 #include "containers/hash_ids.h"
 
 #include <zksupt/status.h>
@@ -32,9 +33,9 @@ constexpr uint32_t idOf(uint32_t word, uint32_t bit) noexcept
 uint32_t acquireLowest(uint32_t *table, uint32_t words) noexcept
 {
     for (uint32_t word = 0; word < words; ++word) {
-        const uint32_t free = ~table[word] & idBits(word);
-        if (free != 0) {
-            const auto bit = static_cast<uint32_t>(std::countr_zero(free));
+        const uint32_t freeIds = ~table[word] & idBits(word);
+        if (freeIds != 0) {
+            const auto bit = static_cast<uint32_t>(std::countr_zero(freeIds));
             table[word] |= 1u << bit;
             return idOf(word, bit);
         }

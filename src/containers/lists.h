@@ -10,7 +10,6 @@
 #include <cstdint>
 #include <cstdlib>
 #include <limits>
-#include <new>
 #include <type_traits>
 
 namespace zksupt::containers {
@@ -74,12 +73,10 @@ void initEntry(Entry *entry) noexcept
         entry->prev = nullptr;
 }
 
+// Data that the entry points to outside its own block stays the caller's.
 template <class Entry>
 void freeEntry(Entry *entry) noexcept
 {
-    if (entry == nullptr)
-        return;
-    entry->data = nullptr;
     std::free(entry);
 }
 

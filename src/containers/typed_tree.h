@@ -17,7 +17,6 @@
 #include <zksupt/status.h>
 
 #include <cstdint>
-#include <type_traits>
 #include <utility>
 
 #include "containers/tree.h"
