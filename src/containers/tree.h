@@ -1,0 +1,56 @@
+// The red-black tree of caller-owned data pointers. The tree keeps no keys:
+// every lookup names its target with a key and a callback comparing that key
+// with a node's data (negative: the key lies to the left).
+#pragma once
+
+#include <zksupt/containers.h>
+
+#include <cstdint>
+
+namespace zksupt::containers {
+
+using TreeCallback = RedBlackTreeCallback;
+
+enum WalkOrder : uint32_t {
+    kRootOnly = 0,
+    kAscending = 1,
+    kDescending = 2,
+    kGuided = 3,      // a search, the callback acting as the comparison
+    kGuidedFull = 4,  // every node if need be, the callback's sign choosing the side to try first
+};
+
+// The node whose data compares equal to key, or null.
+template <class Node>
+Node *findNode(Node *root, void *key, TreeCallback compare) noexcept
+{
+    while (root != nullptr) {
+        const int32_t order = compare(key, root->data);
+        if (order == 0)
+            return root;
+        root = order < 0 ? root->left : root->right;
+    }
+    return nullptr;
+}
+
+// Attach and detach alike: the root becomes null, no node is freed.
+void resetTree(RedBlackTree *tree) noexcept;
+int32_t isTreeEmpty(const RedBlackTreeNode *root) noexcept;
+
+// 0, 0x102 when a node compares equal, 0x110 when no node can be allocated, 0x10F for null.
+int32_t insertData(RedBlackTree *tree, void *data, void *key, TreeCallback compare) noexcept;
+// The data pointer that data replaced, or null when no node matched.
+void *replaceData(RedBlackTree *tree, void *data, void *key, TreeCallback compare) noexcept;
+// 0, 0x100 when no node matches, 0x10F for null. The removed data pointer is
+// stored in *removed when removed is not null.
+int32_t deleteData(RedBlackTree *tree, void *key, TreeCallback compare, void **removed = nullptr) noexcept;
+// Frees every node, passing each data pointer to release (when not null) first.
+void deleteTree(RedBlackTree *tree, void *context, RedBlackTreeFreeCallback release) noexcept;
+// The data of the node where callback returned 0, or null.
+void *walkTree(const RedBlackTreeNode *root, void *context, TreeCallback callback, uint32_t order) noexcept;
+
+// Balancing, for the operations above: the new red node is already hung in
+// place; the unlinked node has at most one child and is not freed.
+void rebalanceAfterInsert(RedBlackTree *tree, RedBlackTreeNode *node) noexcept;
+void unlinkNode(RedBlackTree *tree, RedBlackTreeNode *node) noexcept;
+
+}  // namespace zksupt::containers
