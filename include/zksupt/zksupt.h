@@ -5,5 +5,6 @@
 #include <zksupt/types.h>
 #include <zksupt/status.h>
 #include <zksupt/frame.h>
+#include <zksupt/text.h>
 
 #endif /* ZKSUPT_ZKSUPT_H */
