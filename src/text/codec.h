@@ -17,21 +17,36 @@ struct Decoded {
     uint32_t units;
 };
 
+// Length of a sequence by the top five bits of its lead byte: 1 to 4, 0 for
+// a continuation byte, 5 for 0xF8-0xFF (five or six bytes, or no sequence).
+inline constexpr unsigned char kSequenceLength[32] = {
+    1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 0, 0, 0, 0, 0, 0, 0, 0, 2, 2, 2, 2, 3, 3, 4, 5,
+};
+
 // Decodes the UTF-8 sequence at p. `available` counts the bytes from p to the
 // terminator (at least 1), so a sequence that would run into the terminator
 // is refused and nothing past it is read. The lead byte alone gives the
-// length (two to six bytes); continuation bytes only have to be present,
+// length (one to six bytes); continuation bytes only have to be present,
 // their 10xxxxxx form is not checked, and overlong forms decode to their
 // value. A stray continuation byte, 0xFE or 0xFF cannot lead.
 inline Decoded decodeUtf8(const unsigned char *p, std::size_t available) noexcept
 {
     const uint32_t lead = p[0];
-    if (lead < 0x80)
-        return {lead, 1};
-    const uint32_t units = static_cast<uint32_t>(std::countl_one(static_cast<unsigned char>(lead)));
-    if (units < 2 || units > 6 || available < units)
+    uint32_t units = kSequenceLength[lead >> 3];
+    if (units - 1 < 4 && available >= 4) {
+        // The common case, without a branch on the length (mixed text makes
+        // such branches unpredictable): join the bits of four bytes, all
+        // before the terminator, and drop those of the bytes past the sequence.
+        static constexpr unsigned char kLeadBits[5] = {0, 0x7F, 0x1F, 0x0F, 0x07};
+        const uint32_t joined = ((lead & kLeadBits[units]) << 18) | ((p[1] & 0x3Fu) << 12) |
+                                ((p[2] & 0x3Fu) << 6) | (p[3] & 0x3Fu);
+        return {joined >> (6 * (4 - units)), units};
+    }
+    if (units == 5)
+        units = static_cast<uint32_t>(std::countl_one(static_cast<unsigned char>(lead)));
+    if (units == 0 || units > 6 || available < units)
         return {0, 0};
-    uint32_t codePoint = lead & (0x7Fu >> units);
+    uint32_t codePoint = units == 1 ? lead : lead & (0x7Fu >> units);
     for (uint32_t i = 1; i < units; ++i)
         codePoint = (codePoint << 6) | (p[i] & 0x3Fu);
     return {codePoint, units};
@@ -66,6 +81,26 @@ inline void encodeUtf8(uint32_t codePoint, uint32_t bytes, char *out) noexcept
     }
     const uint32_t leadMark = (0xFF00u >> bytes) & 0xFFu;  // 0xC0, 0xE0 ... 0xFC
     out[0] = static_cast<char>(leadMark | codePoint);
+}
+
+// Bytes of the UTF-8 form of a code point up to 0xFFFF, without branches.
+inline uint32_t utf8BytesBmp(uint32_t codePoint) noexcept
+{
+    return 1 + (codePoint >= 0x80) + (codePoint >= 0x800);
+}
+
+// Writes the UTF-8 form of a code point up to 0xFFFF (bytes from
+// utf8BytesBmp) without branching on the length: the last byte, the middle
+// one and the lead go to fixed places that collapse onto the front for
+// shorter forms, where the lead, stored last, overwrites them. Nothing is
+// written outside the form's own bytes.
+inline void encodeUtf8Bmp(uint32_t codePoint, uint32_t bytes, char *out) noexcept
+{
+    static constexpr unsigned char kLeadMark[4] = {0, 0, 0xC0, 0xE0};
+    static constexpr unsigned char kLeadShift[4] = {0, 0, 6, 12};
+    out[bytes - 1] = static_cast<char>(0x80u | (codePoint & 0x3Fu));
+    out[bytes / 3] = static_cast<char>(0x80u | ((codePoint >> 6) & 0x3Fu));
+    out[0] = static_cast<char>(kLeadMark[bytes] | (codePoint >> kLeadShift[bytes]));
 }
 
 // Units of the UCS-2 form of a code point: 1 up to 0xFFFF, 2 up to 0x10FFFF,

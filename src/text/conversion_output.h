@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <type_traits>
 
 #include <zksupt/status.h>
@@ -73,8 +74,13 @@ void copyAsciiBlocks(const Source *&p, const Source *end, Output &out) noexcept
         auto *at = out.take(kMaxTake);
         if (at == nullptr)
             return;
+        // Through a local block, which cannot alias the source, so that the
+        // compiler may widen or narrow all units at once.
+        using Unit = std::remove_pointer_t<decltype(at)>;
+        Unit block[kMaxTake];
         for (std::size_t i = 0; i < kMaxTake; ++i)
-            at[i] = static_cast<std::remove_pointer_t<decltype(at)>>(p[i]);
+            block[i] = static_cast<Unit>(p[i]);
+        std::memcpy(at, block, sizeof block);
         p += kMaxTake;
     }
 }

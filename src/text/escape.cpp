@@ -55,26 +55,16 @@ class WorkBuffer {
     uint32_t length_ = 0;
 };
 
-// The escaped form of one unit, written to out (at least 6 bytes); returns
+// The escaped form of one unit, written to out (room for 6 bytes); returns
 // its length.
 uint32_t escapeUnit(ucs2 unit, char *out) noexcept
 {
     static constexpr char kHex[] = "0123456789abcdef";
-    switch (unit) {
-    case 0x09:
-        std::memcpy(out, "\\t", 2);
+    const char letter = unit == 0x09 ? 't' : unit == 0x0A ? 'n' : unit == 0x0D ? 'r' : unit == 0x5C ? '\\' : '\0';
+    if (letter != '\0') {
+        out[0] = '\\';
+        out[1] = letter;
         return 2;
-    case 0x0A:
-        std::memcpy(out, "\\n", 2);
-        return 2;
-    case 0x0D:
-        std::memcpy(out, "\\r", 2);
-        return 2;
-    case 0x5C:
-        std::memcpy(out, "\\\\", 2);
-        return 2;
-    default:
-        break;
     }
     if (unit >= 0x20 && unit <= 0x7F) {
         out[0] = static_cast<char>(unit);

@@ -1,10 +1,7 @@
-// Helpers of the text tests: UCS-2 strings from char16_t literals, and byte
-// strings held in heap blocks of their exact size, so that the sanitizer
-// build catches any read past a terminator.
+// Helpers of the text tests. Strings live in blocks of exactly their size,
+// so that the sanitizer build catches any read past a terminator.
 #pragma once
 
-#include <cstring>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,7 +10,7 @@
 
 namespace zksupt::test {
 
-// A UCS-2 string with its terminator, in a block of exactly that size.
+// A UCS-2 string and its terminator.
 inline std::vector<ucs2> wide(std::u16string_view text)
 {
     std::vector<ucs2> units;
@@ -32,13 +29,14 @@ inline std::u16string units(const ucs2 *s)
     return text;
 }
 
-// A copy of bytes and a terminator in a block of exactly that size.
-inline std::unique_ptr<char[]> exactCopy(std::string_view bytes)
+// A byte string and its terminator.
+inline std::vector<char> narrow(std::string_view text)
 {
-    auto block = std::make_unique<char[]>(bytes.size() + 1);
-    std::memcpy(block.get(), bytes.data(), bytes.size());
-    block[bytes.size()] = '\0';
-    return block;
+    std::vector<char> bytes;
+    bytes.reserve(text.size() + 1);
+    bytes.assign(text.begin(), text.end());
+    bytes.push_back('\0');
+    return bytes;
 }
 
 }  // namespace zksupt::test
