@@ -25,14 +25,15 @@ std::vector<char> bytes(std::string_view text)
 template <class From, class To>
 using Pieces = std::vector<std::pair<std::vector<From>, std::vector<To>>>;
 
-// Converts the text at every capacity up to the size it needs. Below that:
-// 0x10, *size untouched, and dst holds exactly the pieces that fit whole.
+// Converts ASCII, then the pieces, at every capacity up to the size they
+// need. Short of it: 0x10, *size untouched, dst holds the pieces that fit whole.
 template <class From, class To>
 void expectConversionAtEveryCapacity(int32_t (*convert)(To *, uint32_t *, const From *), Pieces<From, To> pieces,
                                      std::string_view ascii = "")
 {
-    for (auto c = ascii.rbegin(); c != ascii.rend(); ++c)  // first, for the final pieces to end the text
+    for (auto c = ascii.rbegin(); c != ascii.rend(); ++c)
         pieces.insert(pieces.begin(), {{static_cast<From>(*c)}, {static_cast<To>(*c)}});
+    pieces.push_back({{0}, {0}});  // the terminator
     std::vector<From> source;
     std::vector<To> expected;
     std::vector<std::size_t> pieceEnds{0};
@@ -41,8 +42,7 @@ void expectConversionAtEveryCapacity(int32_t (*convert)(To *, uint32_t *, const 
         expected.insert(expected.end(), out.begin(), out.end());
         pieceEnds.push_back(expected.size());
     }
-    source.push_back(0);
-    const auto needed = static_cast<uint32_t>((expected.size() + 1) * sizeof(To));
+    const auto needed = static_cast<uint32_t>(expected.size() * sizeof(To));
     uint32_t size = 0;  // a size query ignores the capacity
     ASSERT_EQ(convert(nullptr, &size, source.data()), SM_STATUS_SUCCESS);
     ASSERT_EQ(size, needed);
@@ -54,11 +54,8 @@ void expectConversionAtEveryCapacity(int32_t (*convert)(To *, uint32_t *, const 
         std::fill_n(dst.get(), room, kUntouched);
         size = capacity;
         const int32_t status = convert(dst.get(), &size, source.data());
-        const std::size_t whole = capacity == needed ? expected.size() + 1
-                                                     : *std::prev(std::upper_bound(pieceEnds.begin(), pieceEnds.end(), room));
-        expected.push_back(0);
+        const std::size_t whole = *std::prev(std::upper_bound(pieceEnds.begin(), pieceEnds.end(), room));
         EXPECT_TRUE(std::equal(expected.begin(), expected.begin() + whole, dst.get())) << "capacity " << capacity;
-        expected.pop_back();
         EXPECT_TRUE(std::all_of(dst.get() + whole, dst.get() + room, [](To unit) { return unit == kUntouched; }))
             << "a character that does not fit leaves nothing, capacity " << capacity;
         ASSERT_EQ(status, capacity == needed ? SM_STATUS_SUCCESS : SM_STATUS_BUFFER_TOO_SMALL) << capacity;
