@@ -5,6 +5,7 @@
 #include <zksupt/types.h>
 #include <zksupt/status.h>
 #include <zksupt/frame.h>
+#include <zksupt/text.h>
 #include <zksupt/containers.h>
 #include <zksupt/digest.h>
 #include <zksupt/file.h>
