@@ -4,13 +4,14 @@
 #   sanitize  AddressSanitizer + UndefinedBehaviorSanitizer
 #   tsan      ThreadSanitizer
 #   ppc       32-bit big-endian PowerPC, tests run under qemu-ppc
-# With no arguments all four run; name builds to run only those.
+#   fuzz      libFuzzer targets (clang), each run for ZKSUPT_FUZZ_SECONDS (default 20)
+# With no arguments all of them run; name builds to run only those.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/deps.sh test
 
 builds=("$@")
-[ ${#builds[@]} -gt 0 ] || builds=(native sanitize tsan ppc)
+[ ${#builds[@]} -gt 0 ] || builds=(native sanitize tsan ppc fuzz)
 jobs=$(nproc)
 
 # Tests run in a private System V IPC namespace where the machine allows it,
@@ -38,12 +39,39 @@ run() {
   timings+=("$name: $((SECONDS - start)) s")
 }
 
+# Builds the fuzz targets and runs each on its seed corpus (fuzz/corpus/<name>,
+# when there is one) for a bounded time; a crash fails the run.
+fuzz() {
+  local start=$SECONDS
+  echo "=== fuzz build"
+  CC=clang CXX=clang++ cmake -S . -B build/fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+    -DZKSUPT_BUILD_FUZZ=ON -DZKSUPT_BUILD_TESTS=OFF -DZKSUPT_BUILD_EXAMPLES=OFF >/dev/null
+  cmake --build build/fuzz -j "$jobs"
+  for target in build/fuzz/fuzz/*_fuzz; do
+    local name corpus
+    name=$(basename "$target")
+    corpus=$(mktemp -d)
+    [ -d "fuzz/corpus/$name" ] && cp -r "fuzz/corpus/$name/." "$corpus/"
+    echo "=== fuzz $name"
+    if ! "$target" -max_total_time="${ZKSUPT_FUZZ_SECONDS:-20}" "$corpus" >"build/fuzz/$name.log" 2>&1; then
+      tail -n 40 "build/fuzz/$name.log"
+      rm -rf "$corpus"
+      echo "fuzz target $name failed" >&2
+      exit 1
+    fi
+    tail -n 1 "build/fuzz/$name.log"
+    rm -rf "$corpus"
+  done
+  timings+=("fuzz: $((SECONDS - start)) s")
+}
+
 for build in "${builds[@]}"; do
   case "$build" in
     native) run native -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZKSUPT_BUILD_BENCH=ON ;;
     sanitize) run sanitize -DCMAKE_BUILD_TYPE=Debug -DZKSUPT_SANITIZE=address,undefined ;;
     tsan) run tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZKSUPT_SANITIZE=thread ;;
     ppc) run ppc -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_TOOLCHAIN_FILE=cmake/powerpc-linux-gnu.cmake ;;
+    fuzz) fuzz ;;
     *) echo "unknown build: $build" >&2; exit 2 ;;
   esac
 done
