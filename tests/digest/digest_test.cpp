@@ -226,9 +226,7 @@ TEST(Md5, Rfc1321TestSuite)
         const Bytes blocks = asHostWords(padded(text, std::strlen(text), 55, std::endian::little));
         EXPECT_EQ(bytesOf(added(blocks.data(), blocks.size()).state, 16), asHostWords(expected)) << '"' << text << '"';
         // No length here is 55 modulo 64: a little-endian host gives the standard digests.
-        if constexpr (std::endian::native == std::endian::little) {
-            EXPECT_EQ(digestOf(text, std::strlen(text)), expected) << '"' << text << '"';
-        }
+        EXPECT_TRUE(std::endian::native == std::endian::big || digestOf(text, std::strlen(text)) == expected) << text;
     }
 }
 
