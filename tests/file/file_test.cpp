@@ -1,7 +1,9 @@
-// File operations inside a directory of the sandbox: statuses, contents,
-// permissions, partial results and descriptors.
+// File operations inside a directory of the sandbox: every outcome of copy and
+// append with the bytes and modes it leaves, write failures, directories,
+// sizes, deletion and temporary names.
 #include <gtest/gtest.h>
 
+#include <fcntl.h>
 #include <sched.h>
 #include <signal.h>
 #include <sys/mount.h>
@@ -12,10 +14,9 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <random>
-#include <set>
-#include <sstream>
+#include <iterator>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <zksupt/file.h>
@@ -27,287 +28,194 @@
 namespace {
 
 namespace fs = std::filesystem;
+using Transfer = int32_t (*)(const char *, const char *, int32_t);
+const std::string kNameAlphabet = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
 
-std::string randomText(std::size_t size, unsigned seed)
+std::string at(const std::string &name)
 {
-    std::mt19937 random(seed);
-    std::string text(size, '\0');
-    for (auto &c : text)
-        c = static_cast<char>(random());
+    return zksupt::test::sandbox().path("file-ops/" + name);
+}
+
+std::string write(const std::string &name, const std::string &contents, mode_t mode = 0644)
+{
+    std::ofstream(at(name), std::ios::binary) << contents;
+    fs::permissions(at(name), static_cast<fs::perms>(mode));
+    return at(name);
+}
+
+std::string read(const std::string &path)
+{
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+// Bytes of every value, in an order that differs from seed to seed.
+std::string someBytes(std::size_t size, unsigned seed)
+{
+    std::string text;
+    while (text.size() < size)
+        text += static_cast<char>(text.size() * seed % 251);
     return text;
 }
 
 int openDescriptors()
 {
     int count = 0;
-    for ([[maybe_unused]] const auto &entry : fs::directory_iterator("/proc/self/fd"))
-        ++count;
+    for (int fd = 0; fd < 1024; ++fd)
+        count += ::fcntl(fd, F_GETFD) != -1;
     return count;
 }
 
+// Each test starts with an empty directory in the sandbox and removes it after.
 class FileOps : public ::testing::Test {
   protected:
-    void SetUp() override
-    {
-        const auto *info = ::testing::UnitTest::GetInstance()->current_test_info();
-        dir_ = zksupt::test::sandbox().path(std::string("file-ops/") + info->name());
-        fs::create_directories(dir_);
-    }
-    void TearDown() override { fs::remove_all(dir_); }
-
-    std::string at(const std::string &name) const { return dir_ + "/" + name; }
-
-    std::string write(const std::string &name, const std::string &contents, mode_t mode = 0644) const
-    {
-        const std::string path = at(name);
-        std::ofstream(path, std::ios::binary) << contents;
-        fs::permissions(path, static_cast<fs::perms>(mode));
-        return path;
-    }
-
-    static std::string read(const std::string &path)
-    {
-        std::ifstream in(path, std::ios::binary);
-        std::ostringstream text;
-        text << in.rdbuf();
-        return text.str();
-    }
-
-    static mode_t modeOf(const std::string &path)
-    {
-        struct stat status {};
-        EXPECT_EQ(::stat(path.c_str(), &status), 0) << path;
-        return status.st_mode & 07777;
-    }
-
-    std::string dir_;
+    FileOps() { fs::create_directories(dir_); }
+    ~FileOps() override { fs::remove_all(dir_); }
+    const std::string dir_ = at("");
 };
 
-TEST_F(FileOps, CopyCreatesOrReplacesWithTheSourcesBytesAndMode)
+TEST_F(FileOps, CopyAndAppendOutcomesWithTheBytesAndModesTheyLeave)
 {
-    const std::string contents = randomText(3 * 8192 + 123, 1);  // several chunks
-    const auto source = write("source", contents, 0640);
-
-    for (auto copy : {SMFileCopy, SMFileCopyAndSync}) {
-        const auto target = at("fresh");
-        ASSERT_EQ(copy(source.c_str(), target.c_str(), 0), SM_STATUS_SUCCESS);
-        EXPECT_EQ(read(target), contents);
-        EXPECT_EQ(modeOf(target), 0640u);
-        fs::remove(target);
-    }
-
-    const auto longer = write("longer", randomText(100000, 2), 0600);
-    ASSERT_EQ(SMFileCopy(source.c_str(), longer.c_str(), 1), SM_STATUS_SUCCESS);
-    EXPECT_EQ(read(longer), contents) << "a replaced file is truncated first";
-    EXPECT_EQ(modeOf(longer), 0640u);
-}
-
-TEST_F(FileOps, CopyOntoAnExistingFileNeedsOverwrite)
-{
-    const auto source = write("source", "new", 0640);
-    const auto target = write("target", "old", 0600);
-    EXPECT_EQ(SMFileCopy(source.c_str(), target.c_str(), 0), SM_STATUS_DESTINATION_EXISTS);
-    EXPECT_EQ(SMFileCopyAndSync(source.c_str(), target.c_str(), 0), 0x14);
-    EXPECT_EQ(read(target), "old");
-    EXPECT_EQ(modeOf(target), 0600u);
-    EXPECT_EQ(read(source), "new");
-    // Checked before the source is opened.
-    EXPECT_EQ(SMFileCopy(at("missing").c_str(), target.c_str(), 0), 0x14);
-    // A link that leads nowhere still takes the name.
-    fs::create_symlink(at("nowhere"), at("link"));
-    EXPECT_EQ(SMFileCopy(source.c_str(), at("link").c_str(), 0), 0x14);
-    EXPECT_FALSE(fs::exists(at("nowhere")));
-}
-
-TEST_F(FileOps, AppendAddsToTheEndAndCreatesOnlyWhenAsked)
-{
-    const auto source = write("source", "tail", 0750);
-    const auto target = write("target", "head-", 0600);
-    EXPECT_EQ(SMFileAppend(source.c_str(), target.c_str(), 0), SM_STATUS_SUCCESS);
-    EXPECT_EQ(SMFileAppendAndSync(source.c_str(), target.c_str(), 1), SM_STATUS_SUCCESS);
-    EXPECT_EQ(read(target), "head-tailtail");
-    EXPECT_EQ(modeOf(target), 0600u) << "an existing file keeps its mode";
-
-    const auto fresh = at("fresh");
-    EXPECT_EQ(SMFileAppend(source.c_str(), fresh.c_str(), 0), SM_STATUS_FILE_NOT_FOUND);
-    EXPECT_FALSE(fs::exists(fresh));
-    const std::string big = randomText(20000, 3);
-    const auto bigSource = write("big", big, 0750);
-    EXPECT_EQ(SMFileAppendAndSync(bigSource.c_str(), fresh.c_str(), 1), SM_STATUS_SUCCESS);
-    EXPECT_EQ(read(fresh), big);
-    EXPECT_EQ(modeOf(fresh), 0750u);
-}
-
-TEST_F(FileOps, FailuresOfArgumentsOpeningAndReading)
-{
-    const auto source = write("source", "data");
-    const auto target = at("target");
-    EXPECT_EQ(SMFileCopy(nullptr, target.c_str(), 1), SM_STATUS_BAD_ARGUMENT);
-    EXPECT_EQ(SMFileAppend(source.c_str(), nullptr, 1), SM_STATUS_BAD_ARGUMENT);
-    EXPECT_EQ(SMFileCopy(at("missing").c_str(), target.c_str(), 1), SM_STATUS_FILE_NOT_FOUND);
-    EXPECT_EQ(SMFileAppend(at("missing").c_str(), target.c_str(), 1), SM_STATUS_FILE_NOT_FOUND);
-    EXPECT_FALSE(fs::exists(target));
-    // The destination's directory does not exist.
-    EXPECT_EQ(SMFileCopy(source.c_str(), at("no/such/file").c_str(), 1), SM_STATUS_FAILURE);
-    EXPECT_EQ(SMFileAppend(source.c_str(), at("no/such/file").c_str(), 1), SM_STATUS_FAILURE);
-
-    // A directory opens for reading, but reading it fails: the destination
-    // stays as far as it got, truncated and empty.
+    // The source spans several 8192-byte chunks; "old" is longer, so a copy
+    // over it must truncate. Under the umask of 077 a file made without
+    // setting its mode would not have the source's.
+    const std::string source = someBytes(3 * 8192 + 123, 7), old = someBytes(40000, 11);
+    write("source", source, 0640);
     fs::create_directory(at("folder"));
-    const auto previous = write("previous", "previous");
-    EXPECT_EQ(SMFileCopy(at("folder").c_str(), previous.c_str(), 1), SM_STATUS_FAILURE);
-    EXPECT_EQ(read(previous), "");
+    fs::create_symlink(at("nowhere"), at("link"));
+    enum Leaves { nothing, kept, copied, appended, emptied };
+    const std::string leftBytes[] = {"", old, source, old + source, ""};
+    const std::tuple<Transfer, const char *, const char *, int32_t, int32_t, Leaves> rows[] = {
+        {SMFileCopy, "source", "new", 0, 0, copied},
+        {SMFileCopyAndSync, "source", "old", 1, 0, copied},
+        {SMFileCopyAndSync, "source", "old", 0, 0x14, kept},
+        {SMFileCopy, "missing", "old", 0, 0x14, kept},     // checked before the source is opened
+        {SMFileCopy, "source", "link", 0, 0x14, nothing},  // a link that leads nowhere takes the name
+        {SMFileCopy, "missing", "new", 1, 7, nothing},
+        {SMFileCopy, "folder", "old", 1, -1, emptied},  // opens, but reading fails after the truncation
+        {SMFileCopy, "source", "no/new", 1, -1, nothing},
+        {SMFileAppend, "source", "old", 0, 0, appended},  // an existing file keeps its mode
+        {SMFileAppend, "source", "new", 0, 7, nothing},
+        {SMFileAppendAndSync, "source", "new", 1, 0, copied},
+        {SMFileAppend, "source", "no/new", 1, -1, nothing},
+    };
+    const mode_t previousMask = ::umask(077);
+    for (const auto &[call, from, to, flag, status, leaves] : rows) {
+        SCOPED_TRACE(std::string(from) + " to " + to + ", flag " + std::to_string(flag));
+        write("old", old, 0604);
+        fs::remove(at("new"));
+        const int descriptors = openDescriptors();
+        EXPECT_EQ(call(at(from).c_str(), at(to).c_str(), flag), status);
+        EXPECT_EQ(openDescriptors(), descriptors) << "every descriptor is closed";
+        EXPECT_EQ(read(at(to)), leftBytes[leaves]);
+        const fs::perms mode = leaves == nothing ? fs::perms::unknown : fs::perms(leaves == copied ? 0640 : 0604);
+        EXPECT_EQ(fs::status(at(to)).permissions(), mode) << "unknown: no file there";
+    }
+    ::umask(previousMask);
 }
 
-TEST_F(FileOps, WriteFailureKeepsWhatWasWrittenAndDropsAShortWritesRest)
+TEST_F(FileOps, WriteFailuresKeepWhatWasWritten)
 {
-    // Under a file-size limit of 10000 bytes the first chunk of 8192 is
-    // written, the second only in part (and its rest is not retried), the
-    // third fails.
-    const std::string contents = randomText(3 * 8192, 4);
-    const auto source = write("source", contents);
-    const auto target = at("target");
-    const int result = zksupt::test::runInChild([&] {
+    // Under a file-size limit of 10000 bytes the second 8192-byte chunk is
+    // written only in part. That counts as done, its rest is not tried again:
+    // two chunks copy with 0, while a third fails (-1). What was written stays.
+    const std::string contents = someBytes(100000, 13);
+    const auto source = write("source", contents), twoChunks = write("two", contents.substr(0, 2 * 8192));
+    const auto underLimit = [&] {
         ::signal(SIGXFSZ, SIG_IGN);
         const rlimit limit{10000, 10000};
-        if (::setrlimit(RLIMIT_FSIZE, &limit) != 0)
-            return 100;
-        return SMFileCopy(source.c_str(), target.c_str(), 1) == SM_STATUS_FAILURE ? 0 : 101;
-    });
-    EXPECT_EQ(result, 0);
-    EXPECT_EQ(read(target), contents.substr(0, 10000));
-}
+        if (::setrlimit(RLIMIT_FSIZE, &limit) != 0 || SMFileCopy(twoChunks.c_str(), at("short").c_str(), 1) != 0)
+            return 1;
+        return SMFileCopy(source.c_str(), at("limited").c_str(), 1) == SM_STATUS_FAILURE ? 0 : 2;
+    };
+    EXPECT_EQ(zksupt::test::runInChild(underLimit), 0);
+    EXPECT_EQ(read(at("short")), contents.substr(0, 10000));
+    EXPECT_EQ(read(at("limited")), contents.substr(0, 10000));
 
-TEST_F(FileOps, FullDiskIsReportedAndKeepsWhatFitted)
-{
-    // A 32 KiB file system of our own, mounted in a private mount namespace
-    // of a child process, so that nobody else ever sees it.
-    const std::string contents = randomText(100000, 6);
-    const auto source = write("source", contents);
+    // A full disk is 0x13: a 32 KiB file system of our own, mounted in a
+    // private mount namespace of a child, so that nobody else ever sees it.
     fs::create_directory(at("small"));
-    const auto target = at("small/target");
     const int result = zksupt::test::runInChild([&] {
         if (::unshare(CLONE_NEWNS) != 0 || ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
             ::mount("zksupt-test", at("small").c_str(), "tmpfs", 0, "size=32k") != 0)
             return 77;
-        if (SMFileCopy(source.c_str(), target.c_str(), 1) != SM_STATUS_LIMIT_REACHED)
-            return 1;
-        const std::string kept = read(target);
-        return !kept.empty() && kept.size() < contents.size() && contents.compare(0, kept.size(), kept) == 0 ? 0 : 2;
+        const int32_t status = SMFileCopy(source.c_str(), at("small/full").c_str(), 1);
+        const std::string kept = read(at("small/full"));
+        return status == SM_STATUS_LIMIT_REACHED && !kept.empty() && contents.starts_with(kept) ? 0 : 1;
     });
     if (result == 77)
         GTEST_SKIP() << "no private mount namespace for a small file system here";
     EXPECT_EQ(result, 0);
 }
 
-TEST_F(FileOps, NoDescriptorIsLeftOpenOnAnyPath)
+TEST_F(FileOps, DirectoriesSizesDeletionAndMissingArguments)
 {
-    const auto source = write("source", randomText(10000, 5));
-    fs::create_directory(at("folder"));
-    const int before = openDescriptors();
-    for (int round = 0; round < 20; ++round) {
-        SMFileCopy(source.c_str(), at("copy").c_str(), 1);
-        SMFileAppend(source.c_str(), at("copy").c_str(), 1);
-        SMFileCopy(at("folder").c_str(), at("copy").c_str(), 1);
-        SMFileCopy(source.c_str(), at("no/such").c_str(), 1);
-        uint32_t size = 0;
-        SMGetSizeOfFile(source.c_str(), &size);
-    }
-    EXPECT_EQ(openDescriptors(), before);
-}
-
-TEST_F(FileOps, MakeAndRemoveOneDirectoryLevel)
-{
-    const auto made = at("made");
+    const auto made = at("made"), plain = write("plain", "x");
+    const mode_t previousMask = ::umask(0);
     EXPECT_EQ(SMMkDir(made.c_str()), SM_STATUS_SUCCESS);
-    EXPECT_TRUE(fs::is_directory(made));
-    EXPECT_EQ(modeOf(made) & ~0755u, 0u);
+    ::umask(previousMask);
+    EXPECT_EQ(fs::status(made).permissions(), fs::perms(0755));
     EXPECT_EQ(SMMkDir(made.c_str()), SM_STATUS_SUCCESS) << "an existing directory is fine";
-    EXPECT_EQ(SMMkDir(write("plain", "x").c_str()), SM_STATUS_SUCCESS) << "so is anything at the path";
+    EXPECT_EQ(SMMkDir(plain.c_str()), SM_STATUS_SUCCESS) << "so is anything at the path";
     EXPECT_EQ(SMMkDir(at("missing/child").c_str()), SM_STATUS_FAILURE) << "no parents are made";
-
-    fs::create_directory(made + "/inner");
+    EXPECT_EQ(SMMkDir((made + "/inner").c_str()), SM_STATUS_SUCCESS);
     EXPECT_EQ(SMRmDir(made.c_str()), 0x101);
+    EXPECT_EQ(SMDeleteFile((made + "/inner").c_str()), SM_STATUS_FAILURE);
     EXPECT_EQ(SMRmDir((made + "/inner").c_str()), SM_STATUS_SUCCESS);
     EXPECT_EQ(SMRmDir(made.c_str()), SM_STATUS_SUCCESS);
-    EXPECT_FALSE(fs::exists(made));
     EXPECT_EQ(SMRmDir(made.c_str()), 0x100);
-    EXPECT_EQ(SMRmDir(at("plain").c_str()), SM_STATUS_FAILURE);
-}
+    EXPECT_EQ(SMRmDir(plain.c_str()), SM_STATUS_FAILURE);
 
-TEST_F(FileOps, SizeAndDeletion)
-{
+    const int descriptors = openDescriptors();
     uint32_t size = 77;
     for (std::size_t bytes : {0u, 1u, 65537u}) {
-        const auto path = write("sized", std::string(bytes, 'q'));
-        EXPECT_EQ(SMGetSizeOfFile(path.c_str(), &size), SM_STATUS_SUCCESS);
+        EXPECT_EQ(SMGetSizeOfFile(write("plain", std::string(bytes, 'q')).c_str(), &size), SM_STATUS_SUCCESS);
         EXPECT_EQ(size, bytes);
-        EXPECT_EQ(SMDeleteFile(path.c_str()), SM_STATUS_SUCCESS);
-        EXPECT_FALSE(fs::exists(path));
-        size = 77;
-        EXPECT_EQ(SMGetSizeOfFile(path.c_str(), &size), SM_STATUS_FAILURE);
-        EXPECT_EQ(size, 0u);
-        EXPECT_EQ(SMDeleteFile(path.c_str()), SM_STATUS_FAILURE);
     }
-    fs::create_directory(at("folder"));
-    EXPECT_EQ(SMDeleteFile(at("folder").c_str()), SM_STATUS_FAILURE);
-    EXPECT_TRUE(fs::exists(at("folder")));
-}
+    EXPECT_EQ(SMDeleteFile(plain.c_str()), SM_STATUS_SUCCESS);
+    EXPECT_EQ(SMDeleteFile(plain.c_str()), SM_STATUS_FAILURE);
+    EXPECT_EQ(SMGetSizeOfFile(plain.c_str(), &size), SM_STATUS_FAILURE);
+    EXPECT_EQ(size, 0u);
+    EXPECT_EQ(openDescriptors(), descriptors);
 
-TEST_F(FileOps, TemporaryNamesAreFreeAndUseTheAlphabet)
-{
-    const std::string alphabet = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
-    std::set<char> seen;
-    for (int i = 0; i < 500; ++i) {
-        char name[32];
-        std::memset(name, '#', sizeof name);
-        uint32_t size = sizeof name;
-        ASSERT_EQ(SMGetTmpFile(dir_.c_str(), name, &size), SM_STATUS_SUCCESS);
-        EXPECT_EQ(size, 9u);
-        ASSERT_EQ(std::strlen(name), 8u);
-        for (int c = 0; c < 8; ++c) {
-            ASSERT_NE(alphabet.find(name[c]), std::string::npos) << name;
-            seen.insert(name[c]);
-        }
-        EXPECT_EQ(name[9], '#') << "nothing is written past the terminator";
-        EXPECT_FALSE(fs::exists(at(name))) << "the file is not created";
-    }
-    EXPECT_EQ(seen.size(), alphabet.size()) << "4000 draws reach every character";
-
-    char unchanged[16] = "unchanged";
-    for (uint32_t small : {0u, 8u}) {
-        uint32_t size = small;
-        EXPECT_EQ(SMGetTmpFile(dir_.c_str(), unchanged, &size), SM_STATUS_BUFFER_TOO_SMALL);
-        EXPECT_EQ(size, 9u);
-        EXPECT_STREQ(unchanged, "unchanged");
-    }
-}
-
-TEST_F(FileOps, TemporaryNameGivesUpAfterAHundredTakenNames)
-{
-    // The names come from the C random generator: replay its sequence, take
-    // the first 99 or 100 names it will produce, and ask.
-    const std::string alphabet = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
+    // A missing path or pointer is 2 everywhere.
+    for (Transfer call : {SMFileCopy, SMFileCopyAndSync, SMFileAppend, SMFileAppendAndSync})
+        EXPECT_TRUE(call(nullptr, dir_.c_str(), 1) == 2 && call(dir_.c_str(), nullptr, 1) == 2);
+    for (auto call : {SMMkDir, SMRmDir, SMDeleteFile})
+        EXPECT_EQ(call(nullptr), SM_STATUS_BAD_ARGUMENT);
     char name[9];
-    uint32_t size = sizeof name;
-    ASSERT_EQ(SMGetTmpFile(dir_.c_str(), name, &size), 0);  // seeds, if not done yet
+    EXPECT_TRUE(SMGetSizeOfFile(nullptr, &size) == 2 && SMGetSizeOfFile(dir_.c_str(), nullptr) == 2);
+    EXPECT_EQ(SMGetTmpFile(nullptr, name, &size), SM_STATUS_BAD_ARGUMENT);
+}
 
+TEST_F(FileOps, TemporaryNamesReplayTheRandomGeneratorAndGiveUpAfterAHundred)
+{
+    char name[12] = "unchanged";
+    uint32_t size = 8;
+    EXPECT_EQ(SMGetTmpFile(dir_.c_str(), name, &size), SM_STATUS_BUFFER_TOO_SMALL);
+    EXPECT_EQ(size, 9u);
+    EXPECT_STREQ(name, "unchanged");
+    ASSERT_EQ(SMGetTmpFile(dir_.c_str(), name, &size), SM_STATUS_SUCCESS);  // the generator is seeded now
+
+    // Each name is eight draws of rand() % 62 from the alphabet. Replay the
+    // sequence so that the 100 names tried all exist, then free the last.
     std::srand(4242);
     std::vector<std::string> upcoming(100);
-    for (auto &next : upcoming)
+    for (auto &next : upcoming) {
         for (int c = 0; c < 8; ++c)
-            next += alphabet[static_cast<unsigned>(std::rand()) % 62];
-    for (const auto &taken : upcoming)
-        write(taken, "");
-
+            next += kNameAlphabet[static_cast<unsigned>(std::rand()) % 62];
+        write(next, "");
+    }
     std::srand(4242);
     EXPECT_EQ(SMGetTmpFile(dir_.c_str(), name, &size), SM_STATUS_FAILURE);
-
     fs::remove(at(upcoming.back()));
     std::srand(4242);
+    std::strcpy(name, "###########");
     size = sizeof name;
     EXPECT_EQ(SMGetTmpFile(dir_.c_str(), name, &size), SM_STATUS_SUCCESS);
-    EXPECT_EQ(name, upcoming.back());
+    EXPECT_EQ(std::string(name, 10), upcoming.back() + std::string("\0#", 2)) << "nothing after the 0";
+    EXPECT_EQ(size, 9u);
+    EXPECT_FALSE(fs::exists(at(name))) << "the name is only chosen, not created";
 }
 
 }  // namespace
