@@ -1,8 +1,11 @@
-// The singly and doubly linked lists, run through the same cases; reading a
-// list back also checks its ends and every link, prev links included.
+// The singly and doubly linked lists, run through the same script of steps;
+// after each step the list is read back along every link, prev links and both
+// ends included.
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <memory>
+#include <tuple>
 #include <vector>
 
 #include <zksupt/zksupt.h>
@@ -10,84 +13,38 @@
 namespace {
 
 // The functions of one family under common names.
-#define LIST_FAMILY(Name, P)                                                                  \
-    struct Name {                                                                             \
-        using List = P##List;                                                                 \
-        using Entry = P##ListEntry;                                                           \
-        static constexpr auto alloc = SM##P##ListAlloc, freeList = SM##P##ListFree;           \
-        static constexpr auto init = SM##P##ListInitNoAlloc;                                  \
-        static constexpr auto entryInit = SM##P##ListEntryInitNoAlloc;                        \
-        static constexpr auto entryAlloc = SM##P##ListEntryAlloc;                             \
-        static constexpr auto entryFree = SM##P##ListEntryFree;                               \
-        static constexpr auto atHead = SM##P##ListInsertEntryAtHead;                          \
-        static constexpr auto atTail = SM##P##ListInsertEntryAtTail;                          \
-        static constexpr auto insert = SM##P##ListInsertEntry;                                \
-        static constexpr auto walk = SM##P##ListWalkAtHead;                                   \
-        static constexpr auto replace = SM##P##ListReplaceEntry;                              \
-        static constexpr auto removeHead = SM##P##ListRemoveEntryAtHead;                      \
-        static constexpr auto removeTail = SM##P##ListRemoveEntryAtTail;                      \
-        static constexpr auto isEmpty = SM##P##ListIsEmpty;                                   \
+#define LIST_FAMILY(Name, P)                                                                                           \
+    struct Name {                                                                                                      \
+        using List = P##List;                                                                                          \
+        using Entry = P##ListEntry;                                                                                    \
+        static constexpr auto alloc = SM##P##ListAlloc;                                                                \
+        static constexpr auto entryAlloc = SM##P##ListEntryAlloc;                                                      \
+        static constexpr auto freeList = SM##P##ListFree, init = SM##P##ListInitNoAlloc;                               \
+        static constexpr auto entryFree = SM##P##ListEntryFree, entryInit = SM##P##ListEntryInitNoAlloc;               \
+        static constexpr auto atHead = SM##P##ListInsertEntryAtHead, atTail = SM##P##ListInsertEntryAtTail;            \
+        static constexpr auto removeHead = SM##P##ListRemoveEntryAtHead, removeTail = SM##P##ListRemoveEntryAtTail;    \
+        static constexpr auto insert = SM##P##ListInsertEntry;                                                         \
+        static constexpr auto walk = SM##P##ListWalkAtHead;                                                            \
+        static constexpr auto replace = SM##P##ListReplaceEntry;                                                       \
+        static constexpr auto isEmpty = SM##P##ListIsEmpty;                                                            \
     }
 LIST_FAMILY(Singly, SL);
 LIST_FAMILY(Doubly, DL);
 
-// The doubly linked unlink finds the predecessor itself.
-void unlink(SLList *list, SLListEntry *prev, SLListEntry *entry)
-{
-    SMSLListDeleteEntry(list, prev, entry);
-}
-void unlink(DLList *list, DLListEntry *, DLListEntry *entry)
-{
-    SMDLListDeleteEntry(list, entry);
-}
-
-template <class Entry>
-int valueOf(const Entry *entry)
-{
-    return *static_cast<const int *>(entry->data);
-}
-
-template <class Entry>
-int32_t compareValue(void *key, Entry *entry)
-{
-    const int a = *static_cast<int *>(key);
-    return (a > valueOf(entry)) - (a < valueOf(entry));
-}
-
-// A find callback that counts its calls and matches target.
-struct Probe {
-    int target;
-    int calls = 0;
-};
-
-template <class Entry>
-int32_t probe(void *context, Entry *entry)
-{
-    auto &probe = *static_cast<Probe *>(context);
-    ++probe.calls;
-    return valueOf(entry) == probe.target ? 0 : 1;
-}
-
-template <class Family>
-class Lists : public ::testing::Test {
+template <class Family> class Lists : public ::testing::Test {
   protected:
     using Entry = typename Family::Entry;
-    void TearDown() override
-    {
-        for (Entry *entry : made)
-            Family::entryFree(entry);
-    }
+    static int valueOf(const Entry *entry) { return *static_cast<const int *>(entry->data); }
+    // Orders, finds and matches by value.
+    static int32_t compare(void *key, Entry *entry) { return *static_cast<int *>(key) - valueOf(entry); }
+    // The doubly linked unlink finds the predecessor itself.
+    static void unlink(SLList *list, SLListEntry *prev, SLListEntry *entry) { SMSLListDeleteEntry(list, prev, entry); }
+    static void unlink(DLList *list, DLListEntry *, DLListEntry *entry) { SMDLListDeleteEntry(list, entry); }
     Entry *make(int value)
     {
-        Entry *entry = Family::entryAlloc(sizeof(int));
-        std::memcpy(entry->data, &value, sizeof value);
-        made.push_back(entry);
-        return entry;
-    }
-    void fill(std::initializer_list<int> order)
-    {
-        for (int value : order)
-            Family::atTail(&list, make(value));
+        made.emplace_back(Family::entryAlloc(sizeof value), Family::entryFree);
+        std::memcpy(made.back()->data, &value, sizeof value);
+        return made.back().get();
     }
     // Head to tail; a broken link or end fails the test.
     std::vector<int> values()
@@ -105,132 +62,113 @@ class Lists : public ::testing::Test {
         return seen;
     }
     typename Family::List list{};
-    std::vector<Entry *> made;
+    std::vector<std::unique_ptr<Entry, void (*)(Entry *)>> made;
 };
 
 using Families = ::testing::Types<Singly, Doubly>;
 TYPED_TEST_SUITE(Lists, Families);
 
-TYPED_TEST(Lists, OrderedInsertKeepsAscendingOrderAndRefusesEqualKeys)
-{
-    using F = TypeParam;
-    auto compare = compareValue<typename F::Entry>;
-    int keys[] = {5, 1, 3, 9, 0, 3};
-    for (int &key : keys)
-        EXPECT_EQ(F::insert(&this->list, this->make(key), &key, compare), &key == &keys[5] ? 0x102 : 0);
-    EXPECT_EQ(this->values(), (std::vector<int>{0, 1, 3, 5, 9}));
-    auto *extra = this->made[0];
-    EXPECT_EQ(F::insert(nullptr, extra, &keys[0], compare), 0x10F);
-    EXPECT_EQ(F::insert(&this->list, nullptr, &keys[0], compare), 0x10F);
-    EXPECT_EQ(F::insert(&this->list, extra, nullptr, compare), 0x10F);
-    EXPECT_EQ(F::insert(&this->list, extra, &keys[0], nullptr), 0x10F);
-    EXPECT_EQ(this->values(), (std::vector<int>{0, 1, 3, 5, 9}));
-}
+// {step, value, status, the list after}. i: ordered insert; h, t: insert at head, at
+// tail; r: replace the first entry holding value by a new one holding value + 10;
+// u: unlink the first entry holding value; H, T: remove at head, at tail.
+// clang-format off
+const std::tuple<char, int, int32_t, std::vector<int>> kScript[] = {
+    {'H', 0, 0, {}},                 {'T', 0, 0, {}},                  {'i', 5, 0, {5}},
+    {'i', 1, 0, {1, 5}},             {'i', 3, 0, {1, 3, 5}},           {'i', 9, 0, {1, 3, 5, 9}},
+    {'i', 3, 0x102, {1, 3, 5, 9}},   {'i', 0, 0, {0, 1, 3, 5, 9}},     {'h', 3, 0, {3, 0, 1, 3, 5, 9}},
+    {'t', 1, 0, {3, 0, 1, 3, 5, 9, 1}},      {'r', 3, 0, {13, 0, 1, 3, 5, 9, 1}},
+    {'r', 1, 0, {13, 0, 11, 3, 5, 9, 1}},    {'r', 1, 0, {13, 0, 11, 3, 5, 9, 11}},
+    {'r', 7, 0, {13, 0, 11, 3, 5, 9, 11}},   {'u', 13, 0, {0, 11, 3, 5, 9, 11}},
+    {'u', 3, 0, {0, 11, 5, 9, 11}},  {'u', 11, 0, {0, 5, 9, 11}},      {'u', 11, 0, {0, 5, 9}},
+    {'H', 0, 0, {5, 9}},             {'T', 0, 0, {5}},                 {'T', 0, 0, {}},
+    {'h', 4, 0, {4}},                {'H', 0, 0, {}},                  {'t', 6, 0, {6}},
+    {'i', 2, 0, {2, 6}},             {'u', 6, 0, {2}},                 {'u', 2, 0, {}}};
+// clang-format on
 
-TYPED_TEST(Lists, EndsAreLinkedAndRemovedInPlace)
-{
-    using F = TypeParam;
-    EXPECT_EQ(F::removeHead(&this->list), nullptr);
-    EXPECT_EQ(F::removeTail(&this->list), nullptr);
-    F::atHead(&this->list, this->make(2));  // into an empty list: head and tail
-    EXPECT_EQ(this->values(), (std::vector<int>{2}));
-    F::atTail(&this->list, this->make(3));
-    F::atHead(&this->list, this->make(1));
-    F::atHead(nullptr, this->made[0]);
-    F::atTail(&this->list, nullptr);
-    EXPECT_EQ(this->values(), (std::vector<int>{1, 2, 3}));
-    EXPECT_EQ(F::isEmpty(&this->list), 0);
-
-    auto *second = this->list.head->next;
-    auto *head = F::removeHead(&this->list);
-    EXPECT_EQ(head->next, second) << "the removed entry keeps its link";
-    EXPECT_EQ(valueOf(F::removeTail(&this->list)), 3);
-    EXPECT_EQ(this->values(), (std::vector<int>{2}));
-    EXPECT_EQ(valueOf(F::removeTail(&this->list)), 2);
-    EXPECT_EQ(this->values(), std::vector<int>{});
-    EXPECT_EQ(F::isEmpty(&this->list), 1);
-    EXPECT_EQ(F::isEmpty(nullptr), 1);
-    this->fill({4});
-    EXPECT_EQ(valueOf(F::removeHead(&this->list)), 4);
-    EXPECT_EQ(this->values(), std::vector<int>{});
-}
-
-TYPED_TEST(Lists, UnlinkingRepointsNeighboursAndEnds)
-{
-    this->fill({1, 2, 3, 4});
-    auto *first = this->list.head;
-    auto *second = first->next;
-    auto *third = second->next;
-    unlink(&this->list, second, third);
-    EXPECT_EQ(this->values(), (std::vector<int>{1, 2, 4}));
-    EXPECT_EQ(valueOf(third->next), 4) << "the unlinked entry keeps its link";
-    unlink(&this->list, second, second->next);
-    unlink(&this->list, nullptr, first);
-    unlink(nullptr, nullptr, second);
-    unlink(&this->list, nullptr, static_cast<decltype(first)>(nullptr));
-    EXPECT_EQ(this->values(), (std::vector<int>{2}));
-    unlink(&this->list, nullptr, second);
-    EXPECT_EQ(this->values(), std::vector<int>{});
-}
-
-TYPED_TEST(Lists, FindAndReplaceTakeTheFirstMatchFromTheHead)
+// Before each step a find from the head must give the first entry holding the
+// value, one from the tail the last. The entry a step unlinks keeps its own next link.
+TYPED_TEST(Lists, RunThroughTheScript)
 {
     using F = TypeParam;
     using Link = typename F::Entry;
-    this->fill({1, 2, 3});
-    Probe none{7}, first{1};
-    EXPECT_EQ(F::walk(&this->list, &none, probe<Link>), nullptr);
-    EXPECT_EQ(none.calls, 3);
-    EXPECT_EQ(F::walk(&this->list, &first, probe<Link>), this->list.head);
-    EXPECT_EQ(first.calls, 1);
-    EXPECT_EQ(F::walk(&this->list, &first, nullptr), nullptr);
-    if constexpr (std::is_same_v<Link, DLListEntry>) {
-        Probe last{3}, behind{1};
-        EXPECT_EQ(SMDLListWalkAtTail(&this->list, &last, probe<Link>), this->list.tail);
-        EXPECT_EQ(SMDLListWalkAtTail(&this->list, &behind, probe<Link>), this->list.head);
-        EXPECT_EQ(last.calls + behind.calls, 4) << "from the tail along the prev links";
-        EXPECT_EQ(SMDLListWalkAtTail(nullptr, &last, probe<Link>), nullptr);
+    auto *header = &this->list;
+    for (const auto &[step, value, status, after] : kScript) {
+        int key = value;
+        Link *prev = nullptr, *first = header->head, *last = nullptr;
+        while (first != nullptr && this->valueOf(first) != value)
+            prev = first, first = first->next;
+        for (Link *entry = first; entry != nullptr; entry = entry->next)
+            last = this->valueOf(entry) == value ? entry : last;
+        EXPECT_EQ(F::walk(header, &key, this->compare), first);
+        if constexpr (std::is_same_v<Link, DLListEntry>) {
+            EXPECT_EQ(SMDLListWalkAtTail(header, &key, this->compare), last);
+        }
+        Link *const leaving = step == 'H' ? header->head : step == 'T' ? header->tail : first;
+        Link *const next = leaving != nullptr ? leaving->next : nullptr;
+        Link *left = nullptr;  // what the step unlinked
+        int32_t result = 0;
+        if (step == 'i')
+            result = F::insert(header, this->make(value), &key, this->compare);
+        else if (step == 'h' || step == 't')
+            (step == 'h' ? F::atHead : F::atTail)(header, this->make(value));
+        else if (step == 'r')
+            left = F::replace(header, this->make(value + 10), &key, this->compare);
+        else if (step == 'u')
+            this->unlink(header, prev, left = first);
+        else
+            left = (step == 'H' ? F::removeHead : F::removeTail)(header);
+        EXPECT_EQ(result, status);
+        EXPECT_EQ(left, std::strchr("iht", step) != nullptr ? nullptr : leaving) << step << value;
+        EXPECT_TRUE(left == nullptr || left->next == next) << step << value;
+        EXPECT_EQ(this->values(), after) << step << value;
+        EXPECT_EQ(F::isEmpty(header), after.empty() ? 1 : 0);
     }
-
-    int two = 2, three = 3, missing = 8;
-    Link *oldTwo = this->list.head->next;
-    Link *oldThree = oldTwo->next;
-    EXPECT_EQ(F::replace(&this->list, this->make(20), &two, compareValue<Link>), oldTwo);
-    EXPECT_EQ(oldTwo->next, oldThree) << "the replaced entry keeps its link";
-    EXPECT_EQ(F::replace(&this->list, this->make(30), &three, compareValue<Link>), oldThree);
-    EXPECT_EQ(F::replace(&this->list, this->make(80), &missing, compareValue<Link>), nullptr);
-    EXPECT_EQ(F::replace(&this->list, this->made[0], nullptr, compareValue<Link>), nullptr);
-    EXPECT_EQ(this->values(), (std::vector<int>{1, 20, 30}));
 }
 
-TYPED_TEST(Lists, EntriesCarryTheirDataAreaAndHeadersOwnNothing)
+TYPED_TEST(Lists, EntriesCarryTheirDataAndNullArgumentsAreRefusedOrIgnored)
 {
     using F = TypeParam;
     auto *bare = F::entryAlloc(0);
-    EXPECT_EQ(bare->data, nullptr);
-    F::entryFree(bare);
     auto *entry = F::entryAlloc(64);
+    EXPECT_EQ(bare->data, nullptr);
     EXPECT_EQ(entry->data, entry + 1);
     std::memset(entry->data, 0x5A, 64);
-    int outside = 0;
-    entry->data = &outside;
+    entry->data = bare;
     entry->next = entry;
     F::entryInit(entry);
-    EXPECT_TRUE(entry->next == nullptr && entry->data == &outside);
-    F::entryFree(entry);  // not the caller's int
-    F::entryFree(nullptr);
+    EXPECT_TRUE(entry->next == nullptr && entry->data == bare) << "the links are cleared, the data pointer kept";
+    F::entryFree(entry);  // not bare, which it points to
     if (sizeof(void *) == 4) {
         EXPECT_EQ(F::entryAlloc(UINT32_MAX), nullptr) << "the block size must not wrap around";
     }
     auto *allocated = F::alloc();
     EXPECT_EQ(F::isEmpty(allocated), 1);
-    F::atTail(allocated, this->make(1));
-    F::freeList(allocated);  // the entry stays the caller's
-    F::freeList(nullptr);
-    this->fill({1});
+    F::atTail(allocated, bare);
+    F::freeList(allocated);  // bare stays the caller's
+    this->list = {bare, bare};
     F::init(&this->list);
+    EXPECT_EQ(this->values(), std::vector<int>{});
+
+    int key = 1;
+    EXPECT_EQ(F::insert(nullptr, bare, &key, this->compare), 0x10F);
+    EXPECT_EQ(F::insert(&this->list, nullptr, &key, this->compare), 0x10F);
+    EXPECT_EQ(F::insert(&this->list, bare, nullptr, this->compare), 0x10F);
+    EXPECT_EQ(F::insert(&this->list, bare, &key, nullptr), 0x10F);
+    EXPECT_EQ(F::walk(&this->list, &key, nullptr), nullptr);
+    EXPECT_EQ(F::replace(&this->list, bare, nullptr, this->compare), nullptr);
+    EXPECT_EQ(F::removeHead(nullptr), nullptr);
+    EXPECT_EQ(F::removeTail(nullptr), nullptr);
+    EXPECT_EQ(F::isEmpty(nullptr), 1);
+    F::atHead(nullptr, bare);
+    F::atTail(&this->list, nullptr);
+    this->unlink(nullptr, nullptr, bare);
+    this->unlink(&this->list, nullptr, nullptr);
+    F::freeList(nullptr);
+    F::entryFree(nullptr);
     F::init(nullptr);
-    EXPECT_EQ(this->list.head, nullptr);
+    F::entryInit(nullptr);
+    EXPECT_EQ(this->values(), std::vector<int>{}) << "nothing was linked";
+    F::entryFree(bare);
 }
 
 }  // namespace
