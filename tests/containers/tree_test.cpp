@@ -1,5 +1,6 @@
 // The red-black tree, checked node by node: links, colours, black heights and
-// the exact data pointers in order, against a std::map model.
+// the exact data pointers in order, against a std::map model; then the typed
+// tree over it.
 #include <gtest/gtest.h>
 
 #include <iterator>
@@ -7,65 +8,51 @@
 #include <numeric>
 #include <random>
 #include <string>
+#include <string_view>
 #include <tuple>
 #include <vector>
 
 #include <zksupt/zksupt.h>
 
+#include "containers/typed_tree.h"
+
 namespace {
 
-int valueOf(const void *data)
-{
-    return *static_cast<const int *>(data);
-}
+const auto valueOf = [](const void *data) { return *static_cast<const int *>(data); };
+const auto compareInts = [](void *key, void *data) -> int32_t { return valueOf(key) - valueOf(data); };
 
-int32_t compareInts(void *key, void *data)
-{
-    return (valueOf(key) > valueOf(data)) - (valueOf(key) < valueOf(data));
-}
-
-// Appends the data below node in order and returns its black height;
-// problem receives the last broken rule.
-int checkNodes(const RedBlackTreeNode *node, const RedBlackTreeNode *parent, std::vector<void *> &data,
-               std::string &problem)
+// Appends the data below node in order and returns its black height, or -1 when a
+// parent link or a colour is wrong, a red node is the root or has a red child, or
+// black heights differ.
+int checkNodes(const RedBlackTreeNode *node, const RedBlackTreeNode *parent, std::vector<void *> &data)
 {
     if (node == nullptr)
         return 1;
-    if (node->parent != parent || node->color > 1 || (node->color == 1 && parent != nullptr && parent->color == 1))
-        problem = "a wrong parent link, a colour that is not 0 or 1, or a red child of a red node";
-    const int left = checkNodes(node->left, node, data, problem);
+    const int left = checkNodes(node->left, node, data);
     data.push_back(node->data);
-    if (left != checkNodes(node->right, node, data, problem))
-        problem = "unequal black heights";
-    return left + (node->color == 0 ? 1 : 0);
+    const int right = checkNodes(node->right, node, data);
+    const bool red = node->color == 1, broken = node->parent != parent || node->color > 1;
+    if (broken || (red && (parent == nullptr || parent->color == 1)) || left < 0 || left != right)
+        return -1;
+    return left + (red ? 0 : 1);
 }
 
-::testing::AssertionResult holds(RedBlackTree root, const std::vector<void *> &expected)
-{
-    std::string problem = root != nullptr && root->color != 0 ? "red root" : "";
-    std::vector<void *> data;
-    checkNodes(root, nullptr, data, problem);
-    if (problem.empty() && data != expected)
-        problem = "in-order data differ from the model";
-    return problem.empty() ? ::testing::AssertionSuccess() : ::testing::AssertionFailure() << problem;
-}
-
-// Every refusal, replace, guided search (order 3) and two-children delete is checked on the way.
+// Every refusal, replace and two-children delete is checked on the way.
 TEST(RedBlackTree, RandomInsertsReplacesAndDeletesKeepTheInvariants)
 {
     constexpr int kKeys = 500;
-    std::vector<int> first(kKeys), second(kKeys);  // two distinct data pointers per key
-    std::iota(first.begin(), first.end(), 0);
-    std::iota(second.begin(), second.end(), 0);
+    std::vector<int> values(2 * kKeys);  // two distinct data pointers per key
+    for (int at = 0; at < 2 * kKeys; ++at)
+        values[at] = at % kKeys;
     std::map<int, int *> model;
     RedBlackTree tree;
     SMRedBlackTreeAttach(&tree);
     std::mt19937 random(20261121);
     for (int step = 0; step < 6000; ++step) {
-        int key = static_cast<int>(random() % kKeys), sought = static_cast<int>(random() % kKeys);
+        int key = static_cast<int>(random() % kKeys);
         const auto found = model.find(key);
         const bool present = found != model.end();
-        int *fresh = present && found->second == &first[key] ? &second[key] : &first[key];
+        int *fresh = present && found->second == &values[key] ? &values[key + kKeys] : &values[key];
         const unsigned operation = random() % 10;
         if (operation < 5) {
             ASSERT_EQ(SMRedBlackTreeDataInsert(&tree, fresh, &key, compareInts), present ? 0x102 : 0);
@@ -78,46 +65,19 @@ TEST(RedBlackTree, RandomInsertsReplacesAndDeletesKeepTheInvariants)
             const RedBlackTreeNode *matched = tree;
             while (matched != nullptr && valueOf(matched->data) != key)
                 matched = valueOf(matched->data) > key ? matched->left : matched->right;
+            // A node with two children stays and takes its successor's data.
             const bool twoChildren = matched != nullptr && matched->left != nullptr && matched->right != nullptr;
             ASSERT_EQ(SMRedBlackTreeDataDelete(&tree, &key, compareInts), present ? 0 : 0x100);
-            if (twoChildren) {
-                ASSERT_EQ(matched->data, std::next(found)->second) << "the node stays and takes its successor's data";
-            }
+            ASSERT_TRUE(!twoChildren || matched->data == std::next(found)->second) << "not the successor's data";
             model.erase(key);
         }
-        std::vector<void *> expected;
+        std::vector<void *> data, expected;
+        ASSERT_GT(checkNodes(tree, nullptr, data), 0) << "a red-black rule is broken after step " << step;
         for (const auto &entry : model)
             expected.push_back(entry.second);
-        ASSERT_TRUE(holds(tree, expected)) << "after step " << step;
-        ASSERT_EQ(SMRedBlackTreeIsEmpty(tree), model.empty() ? 1 : 0);
-        const auto match = model.find(sought);
-        ASSERT_EQ(SMRedBlackTreeDataWalk(tree, &sought, compareInts, 3),
-                  match != model.end() ? match->second : nullptr);
+        ASSERT_EQ(data, expected) << "in-order data after step " << step;
     }
     SMRedBlackTreeDelete(&tree, nullptr, nullptr);
-    EXPECT_EQ(tree, nullptr);
-}
-
-TEST(RedBlackTree, NullArgumentsAreRefusedOrIgnored)
-{
-    int one = 1;
-    RedBlackTreeNode node{};
-    RedBlackTree tree = &node;
-    SMRedBlackTreeDetach(&tree);  // frees nothing: the node is not the tree's
-    EXPECT_EQ(SMRedBlackTreeIsEmpty(tree), 1);
-    EXPECT_EQ(SMRedBlackTreeDataWalk(tree, &one, compareInts, 0), nullptr) << "empty tree";
-    EXPECT_EQ(SMRedBlackTreeDataDelete(&tree, &one, compareInts), 0x100) << "empty tree";
-    EXPECT_EQ(SMRedBlackTreeDataInsert(nullptr, &one, &one, compareInts), 0x10F);
-    EXPECT_EQ(SMRedBlackTreeDataInsert(&tree, nullptr, &one, compareInts), 0x10F);
-    EXPECT_EQ(SMRedBlackTreeDataInsert(&tree, &one, nullptr, compareInts), 0x10F);
-    EXPECT_EQ(SMRedBlackTreeDataInsert(&tree, &one, &one, nullptr), 0x10F);
-    EXPECT_EQ(SMRedBlackTreeDataDelete(nullptr, &one, compareInts), 0x10F);
-    EXPECT_EQ(SMRedBlackTreeDataDelete(&tree, nullptr, compareInts), 0x10F);
-    EXPECT_EQ(SMRedBlackTreeDataDelete(&tree, &one, nullptr), 0x10F);
-    EXPECT_EQ(SMRedBlackTreeDataReplace(nullptr, &one, &one, compareInts), nullptr);
-    EXPECT_EQ(tree, nullptr) << "nothing was inserted";
-    SMRedBlackTreeAttach(nullptr);
-    SMRedBlackTreeDelete(nullptr, nullptr, nullptr);
 }
 
 // Walk and release callbacks record the values they see and stop at stopAt.
@@ -147,11 +107,13 @@ void preorder(const RedBlackTreeNode *node, bool leftFirst, std::vector<int> &ou
 // {order, what the callback returns elsewhere, value it stops at, values it sees}. Without a
 // match order 4 visits every node, the sign choosing the subtree to search first. Deleting the
 // whole tree releases children before parents, right before left: preorder left first, reversed.
-TEST(RedBlackTree, WalksInEveryOrderAndDeletesChildrenFirstRightBeforeLeft)
+TEST(RedBlackTree, WalksInEveryOrderDeletesChildrenFirstAndRefusesNullArguments)
 {
     std::vector<int> up(1000), left, right;
     std::iota(up.begin(), up.end(), 1);
-    RedBlackTree tree = nullptr;
+    RedBlackTreeNode foreign{};
+    RedBlackTree tree = &foreign;
+    SMRedBlackTreeDetach(&tree);  // frees nothing: the node is not the tree's
     for (int &value : up)
         ASSERT_EQ(SMRedBlackTreeDataInsert(&tree, &value, &value, compareInts), 0);
     preorder(tree, true, left);
@@ -166,6 +128,8 @@ TEST(RedBlackTree, WalksInEveryOrderAndDeletesChildrenFirstRightBeforeLeft)
         {4, 1, -1, right},       {4, 1, right[500], {right.begin(), right.begin() + 501}},
         {5, 1, -1, {}}};
     // clang-format on
+    for (int key : {1, 500, 1000, 0, 1001})  // order 3: a guided search, the callback comparing
+        EXPECT_EQ(SMRedBlackTreeDataWalk(tree, &key, compareInts, 3), key >= 1 && key <= 1000 ? &up[key - 1] : nullptr);
     for (const auto &[order, sign, stopAt, seen] : walks) {
         Visits visits{stopAt, sign, {}};
         EXPECT_EQ(SMRedBlackTreeDataWalk(tree, &visits, visit, order), stopAt > 0 ? &up[stopAt - 1] : nullptr);
@@ -173,8 +137,48 @@ TEST(RedBlackTree, WalksInEveryOrderAndDeletesChildrenFirstRightBeforeLeft)
     }
     Visits released;
     SMRedBlackTreeDelete(&tree, &released, [](void *context, void *data) { visit(context, data); });
-    EXPECT_EQ(tree, nullptr);
     EXPECT_EQ(released.seen, std::vector<int>(left.rbegin(), left.rend()));
+
+    // The tree is empty again; refusals and null arguments change nothing.
+    int *key = &up[0];
+    EXPECT_EQ(SMRedBlackTreeIsEmpty(tree), 1);
+    EXPECT_EQ(SMRedBlackTreeDataWalk(tree, key, compareInts, 0), nullptr);
+    EXPECT_EQ(SMRedBlackTreeDataDelete(&tree, key, compareInts), 0x100);
+    EXPECT_EQ(SMRedBlackTreeDataInsert(nullptr, key, key, compareInts), 0x10F);
+    EXPECT_EQ(SMRedBlackTreeDataDelete(nullptr, key, compareInts), 0x10F);
+}
+
+// The typed tree that the library's own tables use: it owns its items.
+int alive = 0;
+
+struct Item {
+    Item(std::string_view itsName, int itsValue) : name(itsName), value(itsValue) { ++alive; }
+    ~Item() { --alive; }
+    std::string name;
+    int value;
+};
+
+using ByName = decltype([](std::string_view key, const Item &item) { return key.compare(item.name); });
+using Items = zksupt::containers::Tree<Item, std::string_view, ByName>;
+
+TEST(TypedTree, OwnsItsItemsAndFindsThemByKey)
+{
+    {
+        Items items;
+        for (std::string_view name : {"mutex", "event", "lock", "shm"})
+            EXPECT_EQ(items.emplace(name, name, static_cast<int>(name.size())).status, 0);
+        EXPECT_EQ(items.emplace("lock", "lock", 0).status, 0x102);
+        EXPECT_EQ(items.erase("event"), 0);
+        EXPECT_EQ(items.erase("event"), 0x100);
+        EXPECT_EQ(alive, 3) << "refused and erased items are destroyed";
+        std::vector<std::string> names;
+        items.forEach([&names](Item &item) { names.push_back(item.name); });
+        EXPECT_EQ(names, (std::vector<std::string>{"lock", "mutex", "shm"}));
+        Items moved(std::move(items));
+        EXPECT_EQ(moved.findIf([](Item &item) { return item.value == 5; })->name, "mutex");
+        EXPECT_EQ(moved.find("shm")->value, 3);
+    }
+    EXPECT_EQ(alive, 0) << "the destructor frees every item";
 }
 
 }  // namespace
