@@ -56,9 +56,8 @@ template <class Family> class Lists : public ::testing::Test {
     {
         std::vector<int> seen;
         Entry *prev = nullptr;
-        for (Entry *entry = header->head; entry != nullptr && seen.size() <= made.size();
-             prev = entry, entry = entry->next)
-            seen.push_back(prevOf(entry, prev) == prev ? valueOf(entry) : -1);
+        for (Entry *at = header->head; at != nullptr && seen.size() <= made.size(); prev = at, at = at->next)
+            seen.push_back(prevOf(at, prev) == prev ? valueOf(at) : -1);
         EXPECT_EQ(header->tail, prev);
         return seen;
     }
