@@ -1,8 +1,12 @@
-// The singly and doubly linked lists, run through the same cases; reading a
-// list back also checks its ends and every link, prev links included.
+// The singly and doubly linked lists, run through the same script of steps;
+// after each step the list is read back along every link, prev links and both
+// ends included.
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <memory>
+#include <tuple>
+#include <type_traits>
 #include <vector>
 
 #include <zksupt/zksupt.h>
@@ -10,227 +14,133 @@
 namespace {
 
 // The functions of one family under common names.
-#define LIST_FAMILY(Name, P)                                                                  \
-    struct Name {                                                                             \
-        using List = P##List;                                                                 \
-        using Entry = P##ListEntry;                                                           \
-        static constexpr auto alloc = SM##P##ListAlloc, freeList = SM##P##ListFree;           \
-        static constexpr auto init = SM##P##ListInitNoAlloc;                                  \
-        static constexpr auto entryInit = SM##P##ListEntryInitNoAlloc;                        \
-        static constexpr auto entryAlloc = SM##P##ListEntryAlloc;                             \
-        static constexpr auto entryFree = SM##P##ListEntryFree;                               \
-        static constexpr auto atHead = SM##P##ListInsertEntryAtHead;                          \
-        static constexpr auto atTail = SM##P##ListInsertEntryAtTail;                          \
-        static constexpr auto insert = SM##P##ListInsertEntry;                                \
-        static constexpr auto walk = SM##P##ListWalkAtHead;                                   \
-        static constexpr auto replace = SM##P##ListReplaceEntry;                              \
-        static constexpr auto removeHead = SM##P##ListRemoveEntryAtHead;                      \
-        static constexpr auto removeTail = SM##P##ListRemoveEntryAtTail;                      \
-        static constexpr auto isEmpty = SM##P##ListIsEmpty;                                   \
+#define LIST_FAMILY(Name, P)                                                                                           \
+    struct Name {                                                                                                      \
+        static constexpr auto alloc = SM##P##ListAlloc;                                                                \
+        static constexpr auto entryAlloc = SM##P##ListEntryAlloc;                                                      \
+        static constexpr auto freeList = SM##P##ListFree, init = SM##P##ListInitNoAlloc;                               \
+        static constexpr auto entryFree = SM##P##ListEntryFree, entryInit = SM##P##ListEntryInitNoAlloc;               \
+        static constexpr auto atHead = SM##P##ListInsertEntryAtHead, atTail = SM##P##ListInsertEntryAtTail;            \
+        static constexpr auto removeHead = SM##P##ListRemoveEntryAtHead, removeTail = SM##P##ListRemoveEntryAtTail;    \
+        static constexpr auto insert = SM##P##ListInsertEntry;                                                         \
+        static constexpr auto walk = SM##P##ListWalkAtHead;                                                            \
+        static constexpr auto replace = SM##P##ListReplaceEntry;                                                       \
+        static constexpr auto isEmpty = SM##P##ListIsEmpty;                                                            \
     }
 LIST_FAMILY(Singly, SL);
 LIST_FAMILY(Doubly, DL);
 
-// The doubly linked unlink finds the predecessor itself.
-void unlink(SLList *list, SLListEntry *prev, SLListEntry *entry)
-{
-    SMSLListDeleteEntry(list, prev, entry);
-}
-void unlink(DLList *list, DLListEntry *, DLListEntry *entry)
-{
-    SMDLListDeleteEntry(list, entry);
-}
-
-template <class Entry>
-int valueOf(const Entry *entry)
-{
-    return *static_cast<const int *>(entry->data);
-}
-
-template <class Entry>
-int32_t compareValue(void *key, Entry *entry)
-{
-    const int a = *static_cast<int *>(key);
-    return (a > valueOf(entry)) - (a < valueOf(entry));
-}
-
-// A find callback that counts its calls and matches target.
-struct Probe {
-    int target;
-    int calls = 0;
-};
-
-template <class Entry>
-int32_t probe(void *context, Entry *entry)
-{
-    auto &probe = *static_cast<Probe *>(context);
-    ++probe.calls;
-    return valueOf(entry) == probe.target ? 0 : 1;
-}
-
-template <class Family>
-class Lists : public ::testing::Test {
+// The header comes from the family's allocator and is freed before the entries,
+// which it must leave alone.
+template <class Family> class Lists : public ::testing::Test {
   protected:
-    using Entry = typename Family::Entry;
-    void TearDown() override
-    {
-        for (Entry *entry : made)
-            Family::entryFree(entry);
-    }
+    using Entry = std::remove_pointer_t<decltype(Family::entryAlloc(0))>;
+    ~Lists() override { Family::freeList(header); }
+    static int valueOf(const Entry *entry) { return *static_cast<const int *>(entry->data); }
+    // Orders, finds and matches by value.
+    static int32_t compare(void *key, Entry *entry) { return *static_cast<int *>(key) - valueOf(entry); }
+    // The doubly linked unlink finds the predecessor itself.
+    static void unlink(SLList *list, SLListEntry *prev, SLListEntry *entry) { SMSLListDeleteEntry(list, prev, entry); }
+    static void unlink(DLList *list, DLListEntry *, DLListEntry *entry) { SMDLListDeleteEntry(list, entry); }
     Entry *make(int value)
     {
-        Entry *entry = Family::entryAlloc(sizeof(int));
-        std::memcpy(entry->data, &value, sizeof value);
-        made.push_back(entry);
-        return entry;
+        made.emplace_back(Family::entryAlloc(sizeof value), Family::entryFree);
+        std::memcpy(made.back()->data, &value, sizeof value);
+        return made.back().get();
     }
-    void fill(std::initializer_list<int> order)
-    {
-        for (int value : order)
-            Family::atTail(&list, make(value));
-    }
-    // Head to tail; a broken link or end fails the test.
+    // The predecessor a doubly linked entry names; a singly linked one has no such link.
+    static SLListEntry *prevOf(SLListEntry *, SLListEntry *prev) { return prev; }
+    static DLListEntry *prevOf(DLListEntry *entry, DLListEntry *) { return entry->prev; }
+    // Head to tail, -1 standing for an entry with a wrong prev link; a wrong tail fails the test.
     std::vector<int> values()
     {
         std::vector<int> seen;
         Entry *prev = nullptr;
-        for (Entry *entry = list.head; entry != nullptr && seen.size() <= made.size(); entry = entry->next) {
-            if constexpr (std::is_same_v<Entry, DLListEntry>) {
-                EXPECT_EQ(entry->prev, prev);
-            }
-            seen.push_back(valueOf(entry));
-            prev = entry;
-        }
-        EXPECT_EQ(list.tail, prev);
+        for (Entry *at = header->head; at != nullptr && seen.size() <= made.size(); prev = at, at = at->next)
+            seen.push_back(prevOf(at, prev) == prev ? valueOf(at) : -1);
+        EXPECT_EQ(header->tail, prev);
         return seen;
     }
-    typename Family::List list{};
-    std::vector<Entry *> made;
+    std::vector<std::unique_ptr<Entry, void (*)(Entry *)>> made;
+    decltype(Family::alloc()) header = Family::alloc();
 };
 
 using Families = ::testing::Types<Singly, Doubly>;
 TYPED_TEST_SUITE(Lists, Families);
 
-TYPED_TEST(Lists, OrderedInsertKeepsAscendingOrderAndRefusesEqualKeys)
-{
-    using F = TypeParam;
-    auto compare = compareValue<typename F::Entry>;
-    int keys[] = {5, 1, 3, 9, 0, 3};
-    for (int &key : keys)
-        EXPECT_EQ(F::insert(&this->list, this->make(key), &key, compare), &key == &keys[5] ? 0x102 : 0);
-    EXPECT_EQ(this->values(), (std::vector<int>{0, 1, 3, 5, 9}));
-    auto *extra = this->made[0];
-    EXPECT_EQ(F::insert(nullptr, extra, &keys[0], compare), 0x10F);
-    EXPECT_EQ(F::insert(&this->list, nullptr, &keys[0], compare), 0x10F);
-    EXPECT_EQ(F::insert(&this->list, extra, nullptr, compare), 0x10F);
-    EXPECT_EQ(F::insert(&this->list, extra, &keys[0], nullptr), 0x10F);
-    EXPECT_EQ(this->values(), (std::vector<int>{0, 1, 3, 5, 9}));
-}
+// {step, value, the list after}. i: ordered insert; I: one refused for an equal key
+// (0x102); h, t: insert at head, at tail; r: replace the first entry holding value by
+// a new one holding value + 10; u: unlink the first entry holding value; H, T: remove
+// at head, at tail; c: make the header empty again.
+// clang-format off
+const std::tuple<char, int, std::vector<int>> kScript[] = {
+    {'H', 0, {}},              {'T', 0, {}},           {'i', 5, {5}},           {'i', 1, {1, 5}},
+    {'i', 3, {1, 3, 5}},       {'i', 9, {1, 3, 5, 9}}, {'I', 3, {1, 3, 5, 9}},  {'i', 0, {0, 1, 3, 5, 9}},
+    {'h', 3, {3, 0, 1, 3, 5, 9}},       {'t', 1, {3, 0, 1, 3, 5, 9, 1}},      {'r', 3, {13, 0, 1, 3, 5, 9, 1}},
+    {'r', 1, {13, 0, 11, 3, 5, 9, 1}},  {'r', 1, {13, 0, 11, 3, 5, 9, 11}},   {'r', 7, {13, 0, 11, 3, 5, 9, 11}},
+    {'u', 13, {0, 11, 3, 5, 9, 11}},    {'u', 3, {0, 11, 5, 9, 11}},          {'u', 11, {0, 5, 9, 11}},
+    {'u', 11, {0, 5, 9}},      {'H', 0, {5, 9}},       {'T', 0, {5}},           {'T', 0, {}},
+    {'h', 4, {4}},             {'H', 0, {}},           {'t', 6, {6}},           {'i', 2, {2, 6}},
+    {'u', 6, {2}},             {'u', 2, {}},           {'t', 7, {7}},           {'i', 8, {7, 8}},   {'c', 0, {}}};
+// clang-format on
 
-TYPED_TEST(Lists, EndsAreLinkedAndRemovedInPlace)
+// Before each step a find from the head must give the first entry holding the
+// value, one from the tail the last. The entry a step unlinks keeps its own next link.
+TYPED_TEST(Lists, RunThroughTheScript)
 {
-    using F = TypeParam;
-    EXPECT_EQ(F::removeHead(&this->list), nullptr);
-    EXPECT_EQ(F::removeTail(&this->list), nullptr);
-    F::atHead(&this->list, this->make(2));  // into an empty list: head and tail
-    EXPECT_EQ(this->values(), (std::vector<int>{2}));
-    F::atTail(&this->list, this->make(3));
-    F::atHead(&this->list, this->make(1));
-    F::atHead(nullptr, this->made[0]);
-    F::atTail(&this->list, nullptr);
-    EXPECT_EQ(this->values(), (std::vector<int>{1, 2, 3}));
-    EXPECT_EQ(F::isEmpty(&this->list), 0);
-
-    auto *second = this->list.head->next;
-    auto *head = F::removeHead(&this->list);
-    EXPECT_EQ(head->next, second) << "the removed entry keeps its link";
-    EXPECT_EQ(valueOf(F::removeTail(&this->list)), 3);
-    EXPECT_EQ(this->values(), (std::vector<int>{2}));
-    EXPECT_EQ(valueOf(F::removeTail(&this->list)), 2);
-    EXPECT_EQ(this->values(), std::vector<int>{});
-    EXPECT_EQ(F::isEmpty(&this->list), 1);
-    EXPECT_EQ(F::isEmpty(nullptr), 1);
-    this->fill({4});
-    EXPECT_EQ(valueOf(F::removeHead(&this->list)), 4);
-    EXPECT_EQ(this->values(), std::vector<int>{});
-}
-
-TYPED_TEST(Lists, UnlinkingRepointsNeighboursAndEnds)
-{
-    this->fill({1, 2, 3, 4});
-    auto *first = this->list.head;
-    auto *second = first->next;
-    auto *third = second->next;
-    unlink(&this->list, second, third);
-    EXPECT_EQ(this->values(), (std::vector<int>{1, 2, 4}));
-    EXPECT_EQ(valueOf(third->next), 4) << "the unlinked entry keeps its link";
-    unlink(&this->list, second, second->next);
-    unlink(&this->list, nullptr, first);
-    unlink(nullptr, nullptr, second);
-    unlink(&this->list, nullptr, static_cast<decltype(first)>(nullptr));
-    EXPECT_EQ(this->values(), (std::vector<int>{2}));
-    unlink(&this->list, nullptr, second);
-    EXPECT_EQ(this->values(), std::vector<int>{});
-}
-
-TYPED_TEST(Lists, FindAndReplaceTakeTheFirstMatchFromTheHead)
-{
-    using F = TypeParam;
-    using Link = typename F::Entry;
-    this->fill({1, 2, 3});
-    Probe none{7}, first{1};
-    EXPECT_EQ(F::walk(&this->list, &none, probe<Link>), nullptr);
-    EXPECT_EQ(none.calls, 3);
-    EXPECT_EQ(F::walk(&this->list, &first, probe<Link>), this->list.head);
-    EXPECT_EQ(first.calls, 1);
-    EXPECT_EQ(F::walk(&this->list, &first, nullptr), nullptr);
-    if constexpr (std::is_same_v<Link, DLListEntry>) {
-        Probe last{3}, behind{1};
-        EXPECT_EQ(SMDLListWalkAtTail(&this->list, &last, probe<Link>), this->list.tail);
-        EXPECT_EQ(SMDLListWalkAtTail(&this->list, &behind, probe<Link>), this->list.head);
-        EXPECT_EQ(last.calls + behind.calls, 4) << "from the tail along the prev links";
-        EXPECT_EQ(SMDLListWalkAtTail(nullptr, &last, probe<Link>), nullptr);
+    using Link = typename TestFixture::Entry;
+    auto *list = this->header;
+    for (auto [step, key, after] : kScript) {
+        Link *prev = nullptr, *first = list->head, *last = nullptr;
+        while (first != nullptr && this->valueOf(first) != key)
+            prev = first, first = first->next;
+        for (Link *entry = first; entry != nullptr; entry = entry->next)
+            last = this->valueOf(entry) == key ? entry : last;
+        EXPECT_EQ(TypeParam::walk(list, &key, this->compare), first);
+        if constexpr (std::is_same_v<Link, DLListEntry>) {
+            EXPECT_EQ(SMDLListWalkAtTail(list, &key, this->compare), last);
+        }
+        Link *const leaving = step == 'H' ? list->head : step == 'T' ? list->tail : first;
+        Link *const next = leaving != nullptr ? leaving->next : nullptr;
+        Link *left = nullptr;  // what the step unlinked
+        int32_t result = 0;
+        if (step == 'i' || step == 'I')
+            result = TypeParam::insert(list, this->make(key), &key, this->compare);
+        else if (step == 'h' || step == 't')
+            (step == 'h' ? TypeParam::atHead : TypeParam::atTail)(list, this->make(key));
+        else if (step == 'r')
+            left = TypeParam::replace(list, this->make(key + 10), &key, this->compare);
+        else if (step == 'u')
+            this->unlink(list, prev, left = first);
+        else if (step == 'H' || step == 'T')
+            left = (step == 'H' ? TypeParam::removeHead : TypeParam::removeTail)(list);
+        else
+            TypeParam::init(list);
+        EXPECT_EQ(result, step == 'I' ? 0x102 : 0);
+        EXPECT_EQ(left, std::strchr("iIhtc", step) != nullptr ? nullptr : leaving) << step << key;
+        EXPECT_TRUE(left == nullptr || left->next == next) << step << key;
+        EXPECT_EQ(this->values(), after) << step << key;
+        EXPECT_EQ(TypeParam::isEmpty(list), after.empty() ? 1 : 0);
     }
-
-    int two = 2, three = 3, missing = 8;
-    Link *oldTwo = this->list.head->next;
-    Link *oldThree = oldTwo->next;
-    EXPECT_EQ(F::replace(&this->list, this->make(20), &two, compareValue<Link>), oldTwo);
-    EXPECT_EQ(oldTwo->next, oldThree) << "the replaced entry keeps its link";
-    EXPECT_EQ(F::replace(&this->list, this->make(30), &three, compareValue<Link>), oldThree);
-    EXPECT_EQ(F::replace(&this->list, this->make(80), &missing, compareValue<Link>), nullptr);
-    EXPECT_EQ(F::replace(&this->list, this->made[0], nullptr, compareValue<Link>), nullptr);
-    EXPECT_EQ(this->values(), (std::vector<int>{1, 20, 30}));
 }
 
-TYPED_TEST(Lists, EntriesCarryTheirDataAreaAndHeadersOwnNothing)
+TYPED_TEST(Lists, EntriesCarryTheirDataAreaAndNullArgumentsAreRefused)
 {
-    using F = TypeParam;
-    auto *bare = F::entryAlloc(0);
-    EXPECT_EQ(bare->data, nullptr);
-    F::entryFree(bare);
-    auto *entry = F::entryAlloc(64);
-    EXPECT_EQ(entry->data, entry + 1);
-    std::memset(entry->data, 0x5A, 64);
-    int outside = 0;
-    entry->data = &outside;
+    auto *bare = TypeParam::entryAlloc(0);
+    auto *entry = TypeParam::entryAlloc(64);
+    EXPECT_TRUE(bare->data == nullptr && entry->data == entry + 1);
+    std::memset(entry->data, 0x5A, 64);  // within the block, or the address sanitizer objects
+    entry->data = bare;
     entry->next = entry;
-    F::entryInit(entry);
-    EXPECT_TRUE(entry->next == nullptr && entry->data == &outside);
-    F::entryFree(entry);  // not the caller's int
-    F::entryFree(nullptr);
-    if (sizeof(void *) == 4) {
-        EXPECT_EQ(F::entryAlloc(UINT32_MAX), nullptr) << "the block size must not wrap around";
-    }
-    auto *allocated = F::alloc();
-    EXPECT_EQ(F::isEmpty(allocated), 1);
-    F::atTail(allocated, this->make(1));
-    F::freeList(allocated);  // the entry stays the caller's
-    F::freeList(nullptr);
-    this->fill({1});
-    F::init(&this->list);
-    F::init(nullptr);
-    EXPECT_EQ(this->list.head, nullptr);
+    TypeParam::entryInit(entry);
+    EXPECT_TRUE(entry->next == nullptr && entry->data == bare) << "the links are cleared, the data pointer kept";
+    TypeParam::entryFree(entry);  // not bare, which it points to
+    EXPECT_TRUE(sizeof(void *) > 4 || TypeParam::entryAlloc(UINT32_MAX) == nullptr)
+        << "the block size must not wrap around";
+    int key = 1;
+    EXPECT_EQ(TypeParam::insert(nullptr, bare, &key, this->compare), 0x10F);
+    EXPECT_EQ(TypeParam::insert(this->header, bare, nullptr, this->compare), 0x10F);
+    TypeParam::entryFree(bare);
 }
 
 }  // namespace
