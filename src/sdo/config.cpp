@@ -68,7 +68,7 @@ class NestedValue {
     ~NestedValue()
     {
         for (uint32_t i = made_; i > 0; --i)
-            freeConfig(handleAt(handles_.get(), i - 1));
+            freeConfig(handles_.get()[i - 1]);
         if (madeOne_)
             freeConfig(single_);
     }
@@ -116,15 +116,14 @@ class NestedValue {
         if (kind != Kind::array)
             return SM_STATUS_INVALID_PARAMETER;
         uint32_t count = load16(bytes_ + 4);
-        handles_.reset(static_cast<uint8_t *>(std::calloc(std::max(count, 1u), kHandleSize)));
+        handles_.reset(static_cast<SDOConfig **>(std::calloc(std::max(count, 1u), kHandleSize)));
         if (handles_ == nullptr)
             return SM_STATUS_NO_MEMORY;
-        auto *slots = reinterpret_cast<SDOConfig **>(handles_.get());
-        if (const int32_t status = binaryArrayToConfigs(bytes_, slots, &count, size_))
+        if (const int32_t status = binaryArrayToConfigs(bytes_, handles_.get(), &count, size_))
             return status;
         made_ = count;
         type_ = static_cast<uint8_t>((type_ & 0xF0) | kArrayFlag | kBaseNested);
-        bytes_ = handles_.get();
+        bytes_ = reinterpret_cast<const uint8_t *>(handles_.get());
         size_ = count * kHandleSize;
         return SM_STATUS_SUCCESS;
     }
@@ -154,7 +153,7 @@ class NestedValue {
     uint32_t size_;
     SDOConfig *single_ = nullptr;
     bool madeOne_ = false;
-    HeapPtr<uint8_t> handles_;
+    HeapPtr<SDOConfig *> handles_;
     uint32_t made_ = 0;
 };
 

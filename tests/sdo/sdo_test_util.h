@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <initializer_list>
 #include <memory>
 #include <vector>
 
@@ -14,15 +13,11 @@
 namespace zksupt::test {
 
 using Bytes = std::vector<uint8_t>;
+inline constexpr uint32_t kHandle = sizeof(void *);
 
-// Builds a binary form: bin().obj(2, 40).slot(...)...
+// Builds a binary form: Bin().header("SDOB", 1, 16).inlined(7, 6, {1, 2}).bytes
 struct Bin {
     Bytes bytes;
-    Bin &raw(std::initializer_list<uint8_t> values)
-    {
-        bytes.insert(bytes.end(), values);
-        return *this;
-    }
     Bin &raw(const Bytes &values)
     {
         bytes.insert(bytes.end(), values.begin(), values.end());
@@ -30,18 +25,15 @@ struct Bin {
     }
     Bin &u16(uint16_t value)
     {
-        const size_t at = bytes.size();
-        bytes.resize(at + 2);
-        std::memcpy(&bytes[at], &value, 2);
-        return *this;
+        uint8_t field[2];
+        std::memcpy(field, &value, 2);
+        return raw({field[0], field[1]});
     }
     Bin &header(const char *magic, uint16_t count, uint16_t total)
     {
-        for (int i = 0; i < 4; ++i)
-            bytes.push_back(static_cast<uint8_t>(magic[i]));
-        return u16(count).u16(total);
+        return raw({uint8_t(magic[0]), uint8_t(magic[1]), uint8_t(magic[2]), uint8_t(magic[3])}).u16(count).u16(total);
     }
-    // An inline slot: the value left-aligned in four bytes, flags length - 1.
+    // The value left-aligned in the slot's four bytes, flags its length - 1.
     Bin &inlined(uint16_t id, uint8_t type, Bytes value)
     {
         const auto flags = static_cast<uint8_t>(value.size() - 1);
@@ -64,6 +56,7 @@ inline Config newConfig()
     return Config(SMSDOConfigAlloc());
 }
 
+// The bytes written into a buffer with room to spare, and the status expected.
 inline Bytes serialise(const SDOConfig *config, int32_t expected = 0)
 {
     uint32_t size = SMSDOConfigGetBinarySize(config) + 64;
