@@ -4,6 +4,8 @@
 #include <random>
 #include <sstream>
 #include <string>
+#include <thread>
+#include <tuple>
 
 #include "sdo/sdo_test_util.h"
 
@@ -25,16 +27,9 @@ Config nested(uint16_t id, uint8_t type)
     return parent;
 }
 
-struct Item {
-    uint16_t id;
-    uint8_t type;
-    Bytes value;
-};
-
-const struct Layout {
-    std::vector<Item> items;
-    Bytes expected;
-} kLayouts[] = {
+// Entries to add (ID, type, value) and the binary form expected of them.
+using Items = std::vector<std::tuple<uint16_t, uint8_t, Bytes>>;
+const std::pair<Items, Bytes> kLayouts[] = {
     {{}, kEmpty},
     {{{7, 6, {0xAB, 0xCD}}}, kChild},
     {{{4, 7, {1, 2, 3, 4}}, {2, 0x40, {1, 2}}, {3, 0xF5, {1, 2, 3}}, {1, 5, {0xFF}}},
@@ -49,11 +44,11 @@ const struct Layout {
 TEST(SdoBinary, ObjectsSerialiseToExactBytesAndReadBack)
 {
     std::vector<std::pair<Config, Bytes>> cases;
-    for (const Layout &layout : kLayouts) {
+    for (const auto &[items, expected] : kLayouts) {
         Config config = newConfig();
-        for (const Item &item : layout.items)
-            add(config.get(), item.id, item.type, item.value);
-        cases.emplace_back(std::move(config), layout.expected);
+        for (const auto &[id, type, value] : items)
+            add(config.get(), id, type, value);
+        cases.emplace_back(std::move(config), expected);
     }
     cases.emplace_back(nested(2, 0x2D), Bin().header("SDOB", 1, 32).outOfLine(2, 0x2C, 16, 8).raw(kChild).bytes);
     cases.emplace_back(nested(3, 0x1D), Bin().header("SDOB", 1, 48).outOfLine(3, 0x1C, 32, 8).raw(kPair).bytes);
@@ -123,16 +118,12 @@ TEST(SdoBinary, SetDataInPlaceOrByRebuilding)
     EXPECT_EQ(Bytes(block.begin(), block.begin() + 35),
               Bin().header("SDOB", 2, 35).outOfLine(7, 6, 5, 16).outOfLine(9, 14, 6, 13).raw(five).raw(six).bytes);
 
-    const struct {
-        uint16_t id;
-        uint8_t type;
-        uint32_t capacity, valueSize;
-        int32_t status;
-    } refused[] = {{8, 6, 40, 2, 0x100}, {7, 5, 40, 2, 0x100}, {0, 6, 40, 2, 0x10F},
-                   {7, 0, 40, 2, 0x10F}, {7, 6, 40, 0, 0x10F}, {7, 6, 15, 2, 0x10}};
-    for (const auto &r : refused) {
-        size = r.capacity;
-        EXPECT_EQ(SMSDOBinarySetData(block.data(), &size, r.id, r.type, three.data(), r.valueSize), r.status) << r.id;
+    const std::tuple<uint16_t, uint8_t, uint32_t, uint32_t, int32_t> refused[] = {
+        {8, 6, 40, 2, 0x100}, {7, 5, 40, 2, 0x100}, {0, 6, 40, 2, 0x10F},
+        {7, 0, 40, 2, 0x10F}, {7, 6, 40, 0, 0x10F}, {7, 6, 15, 2, 0x10}};  // ID, type, capacity, value size, status
+    for (const auto &[id, type, capacity, valueSize, status] : refused) {
+        size = capacity;
+        EXPECT_EQ(SMSDOBinarySetData(block.data(), &size, id, type, three.data(), valueSize), status) << id;
     }
     Bytes array = kPair;
     size = 32;
@@ -304,6 +295,26 @@ TEST(SdoBinary, DamagedBlocksAreReadWithinTheirStatedSize)
     Trace trace;
     EXPECT_EQ(SMSDOBinaryWalk(shared.bytes.data(), &trace, nullptr, Trace::entry, nullptr, nullptr, 1), 0x10F);
     EXPECT_LE(trace.events.size(), 8192u);
+}
+
+// No hidden shared state: threads read one block and build objects of their
+// own at once (the thread sanitizer build checks for races).
+TEST(SdoBinary, ThreadsShareBlocksAndKeepTheirOwnObjects)
+{
+    const Bytes block = serialise(nested(3, 0x1D).get());
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([&block] {
+            for (int round = 0; round < 200; ++round) {
+                Config copy(SMSDOBinaryToConfig(block.data()));
+                Config clone(SMSDOConfigClone(copy.get()));
+                uint32_t size = 0;
+                EXPECT_EQ(SMSDOBinaryGetDataByID(block.data(), 3, nullptr, nullptr, &size), 0x10);
+                EXPECT_EQ(serialise(clone.get()), block);
+            }
+        });
+    for (std::thread &thread : threads)
+        thread.join();
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // The configuration object: statuses of adds, lookups (also in the binary
 // form) and removal, size accounting, nested objects, clone and compare.
 #include <algorithm>
+#include <tuple>
 
 #include "sdo/sdo_test_util.h"
 
@@ -21,22 +22,15 @@ TEST(SdoConfig, AddRefusesWhatItCannotHold)
     const Bytes two{7, 7}, noBlock{'S', 'D', 'X', 'B', 0, 0, 8, 0};
     const Bytes broken = Bin().header("SDOB", 1, 8).bytes;  // states a slot it has no room for
     void *const nullHandles[2] = {config.get(), nullptr};
-    const struct {
-        uint16_t id;
-        uint8_t type;
-        const void *value;
-        uint32_t size;
-        int32_t status;
-    } cases[] = {
+    const std::tuple<uint16_t, uint8_t, const void *, uint32_t, int32_t> cases[] = {
         {0, 6, two.data(), 2, 0x10F},     {0xFFFE, 6, two.data(), 2, 0x10F},  {0xFFFF, 6, two.data(), 2, 0x10F},
         {6, 0, two.data(), 2, 0x10F},     {6, 6, nullptr, 2, 0x10F},          {6, 6, two.data(), 0, 0x10F},
         {6, 12, two.data(), 2, 0x10F},    {6, 12, noBlock.data(), 8, 0x10F},  {6, 13, config.get(), 3, 0x10F},
         {6, 12, broken.data(), 8, -1},    {5, 6, two.data(), 2, 0x102},       {6, 0x40, two.data(), 2, 0},
         {6, 0x1D, nullHandles, 2 * kHandle, 0x10F},
     };
-    for (const auto &c : cases)
-        EXPECT_EQ(SMSDOConfigAddData(config.get(), c.id, c.type, c.value, c.size, 0), c.status)
-            << c.id << " " << +c.type;
+    for (const auto &[id, type, value, size, status] : cases)
+        EXPECT_EQ(SMSDOConfigAddData(config.get(), id, type, value, size, 0), status) << id << " " << +type;
     EXPECT_EQ(SMSDOConfigAddData(nullptr, 6, 6, two.data(), 2, 0), 0x10F);
     EXPECT_EQ(SMSDOConfigGetCount(config.get()), 2u);
     EXPECT_EQ(serialise(config.get()), Bin().header("SDOB", 2, 24).inlined(5, 6, {1, 2}).inlined(6, 0x40, two).bytes)
@@ -61,38 +55,31 @@ TEST(SdoConfig, LookupsOnTheObjectAndItsBinaryForm)
     for (uint16_t id : {9, 3, 5})
         add(config.get(), id, static_cast<uint8_t>(0x80 | id), valueOf(id));
     const Bytes binary = serialise(config.get());
-    const struct {
-        bool byId;
-        uint16_t key;
-        uint32_t capacity;
-        int32_t status;
-        uint32_t size, binarySize;
-    } lookups[] = {{true, 5, 8, 0, 2, 4},          {false, 0, 8, 0, 1, 1},    {false, 2, 8, 0, 6, 6},
-                   {true, 9, 5, 0x10, 6, 6},       {false, 1, 1, 0x10, 2, 2}, {true, 4, 8, 0x100, 8, 8},
-                   {true, 0xFFFF, 8, 0x10F, 8, 8}, {false, 3, 8, 0xC, 8, 8}};
-    for (const auto &l : lookups)
+    // By ID or by index, key, capacity; status, size reported by the object and by the binary form.
+    const std::tuple<bool, uint16_t, uint32_t, int32_t, uint32_t, uint32_t> lookups[] = {
+        {true, 5, 8, 0, 2, 4},          {false, 0, 8, 0, 1, 1},    {false, 2, 8, 0, 6, 6},
+        {true, 9, 5, 0x10, 6, 6},       {false, 1, 1, 0x10, 2, 2}, {true, 4, 8, 0x100, 8, 8},
+        {true, 0xFFFF, 8, 0x10F, 8, 8}, {false, 3, 8, 0xC, 8, 8}};
+    for (const auto &[byId, key, capacity, expected, objectSize, binarySize] : lookups)
         for (const bool inBinary : {false, true}) {
-            SCOPED_TRACE(::testing::Message()
-                         << (inBinary ? "binary " : "object ") << (l.byId ? "ID " : "index ") << l.key);
+            SCOPED_TRACE(::testing::Message() << (inBinary ? "binary " : "object ") << (byId ? "ID " : "index ") << key);
             uint8_t type = 0, out[8] = {};
             uint16_t id = 0;
-            uint32_t size = l.capacity;
-            const int32_t status =
-                inBinary ? (l.byId ? SMSDOBinaryGetDataByID(binary.data(), l.key, &type, out, &size)
-                                   : SMSDOBinaryGetDataByIndex(binary.data(), l.key, &id, &type, out, &size))
-                         : (l.byId ? SMSDOConfigGetDataByID(config.get(), l.key, &type, out, &size)
-                                   : SMSDOConfigGetDataByIndex(config.get(), l.key, &id, &type, out, &size));
-            EXPECT_EQ(status, l.status);
-            EXPECT_EQ(size, inBinary ? l.binarySize : l.size);
+            uint32_t size = capacity;
+            const int32_t status = inBinary ? (byId ? SMSDOBinaryGetDataByID(binary.data(), key, &type, out, &size)
+                                                    : SMSDOBinaryGetDataByIndex(binary.data(), key, &id, &type, out, &size))
+                                            : (byId ? SMSDOConfigGetDataByID(config.get(), key, &type, out, &size)
+                                                    : SMSDOConfigGetDataByIndex(config.get(), key, &id, &type, out, &size));
+            EXPECT_EQ(status, expected);
+            EXPECT_EQ(size, inBinary ? binarySize : objectSize);
             const bool found = status == 0 || (status == 0x10 && !inBinary);
-            const uint16_t foundId = l.byId ? l.key : ascending[std::min(l.key, uint16_t{2})];
+            const uint16_t foundId = byId ? key : ascending[std::min(key, uint16_t{2})];
             EXPECT_EQ(type, found ? 0x80 | foundId : 0);
-            EXPECT_EQ(id, found && !l.byId ? foundId : 0);
-            if (status == 0) {
-                Bytes expected = valueOf(foundId);
-                expected.resize(size);
-                EXPECT_EQ(Bytes(out, out + size), expected) << "in ascending ID order, padded with zeros";
-            }
+            EXPECT_EQ(id, found && !byId ? foundId : 0);
+            Bytes value = status == 0 ? valueOf(foundId) : Bytes{};
+            value.resize(status == 0 ? size : 0);
+            value.resize(sizeof out);
+            EXPECT_EQ(Bytes(out, out + sizeof out), value) << "in ascending ID order, padded; nothing on failure";
         }
     EXPECT_EQ(SMSDOConfigGetDataByIndex(config.get(), 0, nullptr, nullptr, nullptr, nullptr), 0x10F);
     EXPECT_EQ(SMSDOConfigGetDataByID(config.get(), 5, nullptr, nullptr, nullptr), 0x10F);
