@@ -33,7 +33,7 @@ ZKSUPT_API uint32_t SMSDOConfigGetCount(const SDOConfig *config) ZKSUPT_NOEXCEPT
 ZKSUPT_API uint32_t SMSDOConfigGetBinarySize(const SDOConfig *config) ZKSUPT_NOEXCEPT;
 /* Recomputes the binary size by the older sum (values charged whole, no array headers); 0 for null. */
 ZKSUPT_API uint32_t SMSDOConfigReCalcBinarySize(SDOConfig *config) ZKSUPT_NOEXCEPT;
-/* Adds (replace 1: or replaces) a copy of the value: 0, 0x10F, 0x102, 0x13, 0x110 or -1. */
+/* Adds a copy of the value (replace 1: replaces); for type 13 value is the child handle, owned from then on. */
 ZKSUPT_API int32_t SMSDOConfigAddData(SDOConfig *config, uint16_t id, uint8_t type, const void *value,
                                       uint32_t size, int32_t replace) ZKSUPT_NOEXCEPT;
 /* Copies the value of an ID out: 0, 0x10 (needed size in *size), 0x100 or 0x10F. */
@@ -77,7 +77,7 @@ ZKSUPT_API int32_t SMSDOBinaryArrayInitHeader(void *buffer, uint32_t size) ZKSUP
 /* Appends a binary object to a binary array of capacity *capacity: 0, 0x10 or 0x10F. */
 ZKSUPT_API int32_t SMSDOBinaryArrayAddData(void *array, uint32_t *capacity, const void *binary,
                                            uint32_t binarySize) ZKSUPT_NOEXCEPT;
-/* Copies out the binary object at an index: 0, 0x10, 0x100, 0x101 or 0x10F. */
+/* Copies out the binary object at an index (arraySize is not read): 0, 0x10, 0x100, 0x101 or 0x10F. */
 ZKSUPT_API int32_t SMSDOBinaryArrayGetByIndex(const void *array, uint32_t arraySize, uint32_t index, void *out,
                                               uint32_t *size) ZKSUPT_NOEXCEPT;
 /* Writes the non-null objects as a binary array; *size gets the total (8 less for a null out). */
