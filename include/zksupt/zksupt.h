@@ -9,5 +9,6 @@
 #include <zksupt/containers.h>
 #include <zksupt/digest.h>
 #include <zksupt/file.h>
+#include <zksupt/sdo.h>
 
 #endif /* ZKSUPT_ZKSUPT_H */

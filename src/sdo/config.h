@@ -1,0 +1,108 @@
+// The SDO configuration object: entry records in a red-black tree ordered by
+// ID, the entry count, and the size its binary form will take, kept up to
+// date by every add and remove so that callers can size buffers up front.
+#pragma once
+
+#include <zksupt/containers.h>
+#include <zksupt/sdo.h>
+
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <type_traits>
+
+#include "containers/tree.h"
+
+// The handle type of the public header, hence outside the namespace.
+struct SDOConfig {
+    RedBlackTree tree;
+    uint32_t count;
+    uint32_t binarySize;
+};
+
+namespace zksupt::sdo {
+
+inline constexpr uint32_t kMaxEntries = 65535;
+inline constexpr uint32_t kHandleSize = sizeof(SDOConfig *);
+
+// One heap block: this header, then dataSize value bytes. For base type 13
+// the value bytes are native object handles, owned by the entry.
+struct Entry {
+    uint32_t dataSize;
+    uint16_t id;
+    uint8_t type;
+    uint8_t reserved;
+
+    uint8_t *data() noexcept { return reinterpret_cast<uint8_t *>(this + 1); }
+    const uint8_t *data() const noexcept { return reinterpret_cast<const uint8_t *>(this + 1); }
+};
+static_assert(sizeof(Entry) == 8);
+
+struct FreeDeleter {
+    void operator()(void *block) const noexcept { std::free(block); }
+};
+template <class T>
+using HeapPtr = std::unique_ptr<T, FreeDeleter>;
+
+void freeConfig(SDOConfig *config) noexcept;
+struct ConfigDeleter {
+    void operator()(SDOConfig *config) const noexcept { freeConfig(config); }
+};
+using ConfigPtr = std::unique_ptr<SDOConfig, ConfigDeleter>;
+
+// An ID is refused as an argument when it is 0, 0xFFFE or 0xFFFF.
+constexpr bool validId(uint16_t id) noexcept
+{
+    return id != 0 && id < 0xFFFE;
+}
+
+// The handles a value of base type 13 holds: one, or dataSize / kHandleSize
+// for an array. Reads and writes go through memcpy: the bytes are a value.
+uint32_t handleCount(uint8_t type, uint32_t dataSize) noexcept;
+SDOConfig *handleAt(const uint8_t *data, uint32_t index) noexcept;
+
+// Size accounting (size.cpp). Payload: what the entry's value takes in the
+// binary form; cost: what the entry adds to the object's binary size.
+uint64_t payloadOf(uint8_t type, const uint8_t *data, uint32_t dataSize) noexcept;
+uint64_t costOf(uint8_t type, const uint8_t *data, uint32_t dataSize) noexcept;
+inline uint64_t costOf(const Entry &entry) noexcept
+{
+    return costOf(entry.type, entry.data(), entry.dataSize);
+}
+uint32_t recalcBinarySize(SDOConfig *config) noexcept;
+
+// Frees an entry's nested objects, except those the keep value also holds
+// (a replacement that carries the same handles over).
+void releaseChildren(Entry &entry, const Entry *keep = nullptr) noexcept;
+
+// The object (config.cpp).
+SDOConfig *allocConfig() noexcept;
+uint32_t entryCount(const SDOConfig *config) noexcept;
+uint32_t binarySizeOf(const SDOConfig *config) noexcept;
+int32_t addData(SDOConfig *config, uint16_t id, uint8_t type, const void *value, uint32_t size,
+                int32_t replace) noexcept;
+int32_t getDataById(const SDOConfig *config, uint16_t id, uint8_t *type, void *buffer, uint32_t *size) noexcept;
+int32_t getDataByIndex(const SDOConfig *config, uint32_t index, uint16_t *id, uint8_t *type, void *buffer,
+                       uint32_t *size) noexcept;
+int32_t removeData(SDOConfig *config, uint16_t id, uint32_t index, int32_t removeAll) noexcept;
+const Entry *entryAtIndex(const SDOConfig *config, uint32_t index) noexcept;
+
+// Visits the entries in ascending ID order until visit returns false.
+template <class Visit>
+void forEachEntry(const SDOConfig *config, Visit &&visit)
+{
+    using V = std::remove_reference_t<Visit>;
+    struct Walk {
+        static int32_t step(void *context, void *data)
+        {
+            return (*static_cast<V *>(context))(*static_cast<const Entry *>(data)) ? 1 : 0;
+        }
+    };
+    containers::walkTree(config->tree, &visit, &Walk::step, containers::kAscending);
+}
+
+// Clone and compare through the binary form (copy.cpp).
+SDOConfig *cloneConfig(const SDOConfig *config) noexcept;
+int32_t compareByValue(const SDOConfig *a, const SDOConfig *b) noexcept;
+
+}  // namespace zksupt::sdo
