@@ -61,7 +61,7 @@ class Pieces {
     }
 
     // The longest text, a floating value in fixed form, takes five runs.
-    std::array<Run, 8> runs_{};
+    std::array<Run, 8> runs_;
     std::size_t count_ = 0;
     uint64_t size_ = 0;
 };
