@@ -162,12 +162,13 @@ bool printUcs2(Output &out, const Directive &d, const ucs2 *s) noexcept
 // Converts one directive; false when the output ends there.
 bool convert(Output &out, Directive &d, char c, Arguments &args) noexcept
 {
+    if (c == 'D' || c == 'O' || c == 'U') {  // the same as "ld", "lo" and "lu"
+        d.longInt = true;
+        c = static_cast<char>(c - 'A' + 'a');
+    }
     switch (c) {
     case '\0':  // a directive cut short by the end of the format
         return false;
-    case 'D':
-        d.longInt = true;
-        [[fallthrough]];
     case 'd':
     case 'i': {
         const int32_t value = nextSigned(args, d);
@@ -175,17 +176,9 @@ bool convert(Output &out, Directive &d, char c, Arguments &args) noexcept
         printInteger(out, d, magnitude, Radix::decimal, value < 0 ? '-' : d.sign, '\0');
         return true;
     }
-    case 'O':
-        d.longInt = true;
-        [[fallthrough]];
     case 'o':
-        printInteger(out, d, nextUnsigned(args, d), Radix::octal, '\0', '\0');
-        return true;
-    case 'U':
-        d.longInt = true;
-        [[fallthrough]];
     case 'u':
-        printInteger(out, d, nextUnsigned(args, d), Radix::decimal, '\0', '\0');
+        printInteger(out, d, nextUnsigned(args, d), c == 'o' ? Radix::octal : Radix::decimal, '\0', '\0');
         return true;
     case 'x':
     case 'X': {

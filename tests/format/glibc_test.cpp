@@ -92,15 +92,17 @@ TEST(AgainstGlibc, IntegerCharacterAndStringDirectives)
         if (conversion == 'o' && shown == 0 && digits == 0 && flags.find('#') != flags.npos)
             theirs.erase(theirs.find('#'), 1);
 
-        if (conversion == 's') {
-            const char *s = strings[below(random, 4)];
-            ASSERT_EQ(print(true, format, stars[0], stars[1], s), print(false, theirs, theirStars[0], theirStars[1], s))
-                << format << " of \"" << s << '"';
-        } else {
-            ASSERT_EQ(print(true, format, stars[0], stars[1], value),
-                      print(false, theirs, theirStars[0], theirStars[1], value))
-                << format << " of " << value;
-        }
+        auto check = [&](auto argument) {
+            ASSERT_EQ(print(true, format, stars[0], stars[1], argument),
+                      print(false, theirs, theirStars[0], theirStars[1], argument))
+                << format << " of " << argument;
+        };
+        if (conversion == 's')
+            check(strings[below(random, 4)]);
+        else
+            check(value);
+        if (HasFatalFailure())
+            return;
     }
 }
 
