@@ -19,7 +19,7 @@ struct Directive {
     bool shortInt = false;
     bool longInt = false;
     char sign = '\0';        // '+' or ' ' from the flags; the conversion may replace it
-    int32_t width = 0;       // negative only when its digits overflowed: no padding then
+    int32_t width = 0;       // negative only after an overflow (digits, or '*' of INT32_MIN): no padding
     int32_t precision = -1;  // -1: none
 };
 
