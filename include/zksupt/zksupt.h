@@ -6,6 +6,7 @@
 #include <zksupt/status.h>
 #include <zksupt/frame.h>
 #include <zksupt/text.h>
+#include <zksupt/format.h>
 #include <zksupt/containers.h>
 #include <zksupt/digest.h>
 #include <zksupt/file.h>

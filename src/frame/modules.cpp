@@ -3,6 +3,7 @@
 // by filling its slot with its two functions in place of notBuiltYet.
 #include "config/registry_file.h"
 #include "digest/crc32.h"
+#include "format/engine_lock.h"
 #include "frame/lifecycle.h"
 
 #include <array>
@@ -28,7 +29,7 @@ constexpr std::array<Module, 9> kModules{{
     notBuiltYet("IPC name registry"),
     notBuiltYet("critical sections"),
     notBuiltYet("event log"),
-    notBuiltYet("format engine"),
+    {"format engine", format::startEngine, format::stopEngine},
     notBuiltYet("dynamic-library table"),
     {"CRC-32 table", digest::startCrcTable, digest::stopCrcTable},
 }};
