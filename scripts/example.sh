@@ -20,4 +20,4 @@ Meridian.vardatapath=$sandbox/var/data
 keellib.vardatapath=$sandbox/var/data
 REGISTRY
 
-ZKSUPT_REGISTRY="$sandbox/qvreg.cfg" build/example/examples/zksupt_service
+ZKSUPT_REGISTRY="$sandbox/qvreg.cfg" build/example/examples/zksupt_service "$sandbox/var/data"
