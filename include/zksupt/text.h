@@ -1,4 +1,4 @@
-/* Text: UCS-2 strings, conversion between UTF-8 and UCS-2, and UTF-8 helpers. */
+/* Text: UCS-2 strings, conversion between UTF-8 and UCS-2, UTF-8 helpers and sized strings. */
 #ifndef ZKSUPT_TEXT_H
 #define ZKSUPT_TEXT_H
 
@@ -91,6 +91,44 @@ ZKSUPT_API char *SMUTF8Strdup(const char *s) ZKSUPT_NOEXCEPT;
 ZKSUPT_API int32_t SMUTF8Strnicmp(const char *a, const char *b, uint32_t n) ZKSUPT_NOEXCEPT;
 /* First place in s where strncasecmp finds sub; s for an empty sub; null if none or an argument is null. */
 ZKSUPT_API char *SMUTF8Strstri(const char *s, const char *sub) ZKSUPT_NOEXCEPT;
+
+/*
+ * Sized strings: growable text owned by the caller's record. Lengths count
+ * characters (bytes for UTF-8, units for UCS-2), capacity counts bytes. An
+ * appender with a null src or a record without a buffer does nothing; when
+ * growing fails the record keeps its old text. Every appender returns the
+ * record's buffer after the call. n = 0 appends the whole of src.
+ */
+typedef struct SMSizedString {
+    void *buf;         /* the text and its terminator; null when not allocated */
+    uint32_t capacity; /* bytes in buf */
+    uint32_t length;   /* characters before the terminator */
+} SMSizedString;
+
+/* Allocates bytes (at least 2) with an empty UCS-2 text; null for 0 bytes or no memory. */
+ZKSUPT_API void *SMSSUCS2StrAlloc(SMSizedString *rec, uint32_t bytes) ZKSUPT_NOEXCEPT;
+/* Allocates bytes with an empty UTF-8 text; null for 0 bytes or no memory. */
+ZKSUPT_API void *SMSSUTF8StrAlloc(SMSizedString *rec, uint32_t bytes) ZKSUPT_NOEXCEPT;
+/* Appends the whole of src. */
+ZKSUPT_API void *SMSSUCS2StrCatUCS2Str(SMSizedString *rec, const ucs2 *src) ZKSUPT_NOEXCEPT;
+/* Appends exactly n units of src, terminators included. */
+ZKSUPT_API void *SMSSUCS2StrNCatUCS2Str(SMSizedString *rec, const ucs2 *src, uint32_t n) ZKSUPT_NOEXCEPT;
+/* Appends the whole of src. */
+ZKSUPT_API void *SMSSUTF8StrCatUTF8Str(SMSizedString *rec, const char *src) ZKSUPT_NOEXCEPT;
+/* Appends exactly n bytes of src, terminators included. */
+ZKSUPT_API void *SMSSUTF8StrNCatUTF8Str(SMSizedString *rec, const char *src, uint32_t n) ZKSUPT_NOEXCEPT;
+/* Converts src to UCS-2 and appends as many units as src has bytes (zeros past the converted text). */
+ZKSUPT_API void *SMSSUCS2StrCatUTF8Str(SMSizedString *rec, const char *src) ZKSUPT_NOEXCEPT;
+/* Converts the whole of src and appends n units of the result; nothing when it does not convert. */
+ZKSUPT_API void *SMSSUCS2StrNCatUTF8Str(SMSizedString *rec, const char *src, uint32_t n) ZKSUPT_NOEXCEPT;
+/* Converts src to UTF-8 and appends it; only text whose UTF-8 is no longer than src is appended. */
+ZKSUPT_API void *SMSSUTF8StrCatUCS2Str(SMSizedString *rec, const ucs2 *src) ZKSUPT_NOEXCEPT;
+/* Converts the whole of src into n + 1 bytes and appends n of them; nothing when it does not fit. */
+ZKSUPT_API void *SMSSUTF8StrNCatUCS2Str(SMSizedString *rec, const ucs2 *src, uint32_t n) ZKSUPT_NOEXCEPT;
+/* Frees the buffer and leaves the record empty. */
+ZKSUPT_API void SMSSUCS2StrFree(SMSizedString *rec) ZKSUPT_NOEXCEPT;
+/* Frees the buffer and leaves the record empty. */
+ZKSUPT_API void SMSSUTF8StrFree(SMSizedString *rec) ZKSUPT_NOEXCEPT;
 
 ZKSUPT_END_DECLS
 

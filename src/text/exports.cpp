@@ -4,6 +4,7 @@
 
 #include "text/convert.h"
 #include "text/escape.h"
+#include "text/sized_string.h"
 #include "text/ucs2_string.h"
 #include "text/utf8_string.h"
 
@@ -47,6 +48,21 @@ char *SMUTF8trim(char *s) noexcept { return tx::utf8Trim(s); }
 char *SMUTF8Strdup(const char *s) noexcept { return tx::utf8Duplicate(s); }
 int32_t SMUTF8Strnicmp(const char *a, const char *b, uint32_t n) noexcept { return tx::utf8CompareFoldedN(a, b, n); }
 char *SMUTF8Strstri(const char *s, const char *sub) noexcept { return tx::utf8FindCaseless(s, sub); }
+
+// The appenders answer with the record's buffer whatever happened; callers
+// that must notice a failure compare lengths.
+void *SMSSUCS2StrAlloc(SMSizedString *rec, uint32_t bytes) noexcept { return tx::sizedAllocUcs2(rec, bytes); }
+void *SMSSUTF8StrAlloc(SMSizedString *rec, uint32_t bytes) noexcept { return tx::sizedAllocUtf8(rec, bytes); }
+void *SMSSUCS2StrCatUCS2Str(SMSizedString *rec, const ucs2 *src) noexcept { tx::appendUcs2(rec, src, 0); return tx::sizedBuffer(rec); }
+void *SMSSUCS2StrNCatUCS2Str(SMSizedString *rec, const ucs2 *src, uint32_t n) noexcept { tx::appendUcs2(rec, src, n); return tx::sizedBuffer(rec); }
+void *SMSSUTF8StrCatUTF8Str(SMSizedString *rec, const char *src) noexcept { tx::appendUtf8(rec, src, 0); return tx::sizedBuffer(rec); }
+void *SMSSUTF8StrNCatUTF8Str(SMSizedString *rec, const char *src, uint32_t n) noexcept { tx::appendUtf8(rec, src, n); return tx::sizedBuffer(rec); }
+void *SMSSUCS2StrCatUTF8Str(SMSizedString *rec, const char *src) noexcept { tx::appendUtf8AsUcs2(rec, src, 0); return tx::sizedBuffer(rec); }
+void *SMSSUCS2StrNCatUTF8Str(SMSizedString *rec, const char *src, uint32_t n) noexcept { tx::appendUtf8AsUcs2(rec, src, n); return tx::sizedBuffer(rec); }
+void *SMSSUTF8StrCatUCS2Str(SMSizedString *rec, const ucs2 *src) noexcept { tx::appendUcs2AsUtf8(rec, src, 0); return tx::sizedBuffer(rec); }
+void *SMSSUTF8StrNCatUCS2Str(SMSizedString *rec, const ucs2 *src, uint32_t n) noexcept { tx::appendUcs2AsUtf8(rec, src, n); return tx::sizedBuffer(rec); }
+void SMSSUCS2StrFree(SMSizedString *rec) noexcept { tx::sizedFree(rec); }
+void SMSSUTF8StrFree(SMSizedString *rec) noexcept { tx::sizedFree(rec); }
 
 }  // extern "C"
 // clang-format on

@@ -1,0 +1,85 @@
+// Hex dumps of binary data, one 81-character line per 16 bytes.
+#include <algorithm>
+#include <array>
+#include <cstring>
+
+#include "text/helpers.h"
+#include "text/hex_digits.h"
+#include "text/sized_string.h"
+#include "text/utf8_string.h"
+
+namespace zksupt::text {
+namespace {
+
+constexpr std::size_t kLineBytes = 16;
+constexpr std::size_t kLineLength = 81;
+constexpr std::size_t kFirstByteColumn = 12;
+constexpr std::size_t kFirstCharColumn = 62;
+constexpr uint32_t kWorkCapacity = 2048;
+
+using Line = std::array<char, kLineLength>;
+
+// '{', '|', '}', '~' and DEL upwards print as '.' too: readers of the suite's
+// dumps have always seen them so.
+constexpr char shown(uint8_t byte) noexcept
+{
+    return byte >= 0x20 && byte <= 0x7A ? static_cast<char>(byte) : '.';
+}
+
+void formatLine(Line &line, const uint8_t *run, std::size_t count, uint32_t address) noexcept
+{
+    line.fill(' ');
+    line[0] = '0';
+    line[1] = 'x';
+    writeHexDigits(line.data() + 2, address, 8);
+    line[10] = ':';
+    line[kLineLength - 2] = '\r';
+    line[kLineLength - 1] = '\n';
+    for (std::size_t j = 0; j < count; ++j) {
+        char *column = line.data() + kFirstByteColumn + 3 * j;
+        if (j != 0 && j % 4 == 0)
+            column[-1] = ':';
+        writeHexDigits(column, run[j], 2);
+        line[kFirstCharColumn + j] = shown(run[j]);
+    }
+}
+
+}  // namespace
+
+int32_t hexDumpAppend(SMSizedString *dst, const uint8_t *data, uint32_t len, uint32_t base) noexcept
+{
+    if (data == nullptr || len == 0)
+        return 0;
+    Line line;
+    for (uint32_t offset = 0; offset < len; offset += kLineBytes) {
+        const std::size_t count = std::min<std::size_t>(kLineBytes, len - offset);
+        formatLine(line, data + offset, count, base + offset);
+        if (!appendUtf8(dst, line.data(), kLineLength))
+            return -1;
+    }
+    return 0;
+}
+
+char *hexDumpText(const uint8_t *data, uint32_t *len, uint32_t base) noexcept
+{
+    if (len == nullptr)
+        return nullptr;
+    SMSizedString work{};
+    char *text = nullptr;
+    if (sizedAllocUtf8(&work, kWorkCapacity) != nullptr && hexDumpAppend(&work, data, *len, base) == 0)
+        text = utf8Duplicate(static_cast<const char *>(work.buf), len);
+    sizedFree(&work);
+    return text;
+}
+
+int32_t hexDumpAppendUcs2(SMSizedString *dst, const uint8_t *data, uint32_t len, uint32_t base) noexcept
+{
+    SMSizedString work{};
+    if (sizedAllocUtf8(&work, kWorkCapacity) == nullptr)
+        return 0x110;
+    const bool done = hexDumpAppend(&work, data, len, base) == 0 && appendSizedUtf8AsUcs2(dst, work);
+    sizedFree(&work);
+    return done ? 0 : -1;
+}
+
+}  // namespace zksupt::text

@@ -1,0 +1,138 @@
+#include "text/sized_string.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include "frame/memory.h"
+#include "text/convert.h"
+#include "text/growth.h"
+#include "text/units.h"
+
+namespace zksupt::text {
+namespace {
+
+template <class Unit>
+void *allocateEmpty(SMSizedString *rec, uint32_t bytes) noexcept
+{
+    if (rec == nullptr)
+        return nullptr;
+    rec->buf = nullptr;
+    if (bytes == 0)
+        return nullptr;
+    void *block = frame::allocate(bytes);
+    if (block == nullptr)
+        return nullptr;
+    *static_cast<Unit *>(block) = 0;
+    rec->buf = block;
+    rec->capacity = bytes;
+    rec->length = 0;
+    return block;
+}
+
+// The append rule of both encodings.
+template <class Unit>
+bool append(SMSizedString *rec, const Unit *src, uint32_t n) noexcept
+{
+    if (rec == nullptr || rec->buf == nullptr || src == nullptr)
+        return false;
+    if (n == 0)
+        n = static_cast<uint32_t>(length(src));
+    const uint64_t needed = (uint64_t{rec->length} + 1 + n) * sizeof(Unit);
+    if (needed > UINT32_MAX)
+        return false;
+    if (needed > rec->capacity) {
+        const uint32_t capacity = grownCapacity(rec->capacity, static_cast<uint32_t>(needed));
+        void *grown = frame::reallocate(rec->buf, capacity);
+        if (grown == nullptr)
+            return false;
+        rec->buf = grown;
+        rec->capacity = capacity;
+    }
+    Unit *end = static_cast<Unit *>(rec->buf) + rec->length;
+    std::memcpy(end, src, std::size_t{n} * sizeof(Unit));
+    end[n] = 0;
+    rec->length += n;
+    return true;
+}
+
+// A zeroed temporary block of count units: what is appended past a
+// conversion's terminator is then zeros, never stale memory.
+template <class Unit>
+using Block = std::unique_ptr<Unit[], decltype(&std::free)>;
+
+template <class Unit>
+Block<Unit> zeroedBlock(uint64_t count) noexcept
+{
+    void *block = count * sizeof(Unit) > UINT32_MAX ? nullptr : std::calloc(count, sizeof(Unit));
+    return Block<Unit>(static_cast<Unit *>(block), &std::free);
+}
+
+}  // namespace
+
+void *sizedAllocUtf8(SMSizedString *rec, uint32_t bytes) noexcept
+{
+    return allocateEmpty<char>(rec, bytes);
+}
+
+void *sizedAllocUcs2(SMSizedString *rec, uint32_t bytes) noexcept
+{
+    return allocateEmpty<ucs2>(rec, bytes == 1 ? 2 : bytes);
+}
+
+void sizedFree(SMSizedString *rec) noexcept
+{
+    if (rec == nullptr)
+        return;
+    frame::release(rec->buf);
+    *rec = SMSizedString{nullptr, 0, 0};
+}
+
+bool appendUtf8(SMSizedString *rec, const char *src, uint32_t n) noexcept
+{
+    return append(rec, src, n);
+}
+
+bool appendUcs2(SMSizedString *rec, const ucs2 *src, uint32_t n) noexcept
+{
+    return append(rec, src, n);
+}
+
+bool appendUcs2AsUtf8(SMSizedString *rec, const ucs2 *src, uint32_t n) noexcept
+{
+    if (rec == nullptr || rec->buf == nullptr || src == nullptr)
+        return false;
+    if (n == 0)
+        n = static_cast<uint32_t>(length(src));
+    auto bytes = zeroedBlock<char>(uint64_t{n} + 1);
+    uint32_t size = n + 1;
+    if (bytes == nullptr || ucs2ToUtf8(bytes.get(), &size, src) != 0)
+        return false;
+    return append(rec, bytes.get(), n);
+}
+
+bool appendUtf8AsUcs2(SMSizedString *rec, const char *src, uint32_t n) noexcept
+{
+    if (rec == nullptr || rec->buf == nullptr || src == nullptr)
+        return false;
+    if (n == 0)
+        n = static_cast<uint32_t>(length(src));
+    auto units = zeroedBlock<ucs2>(uint64_t{n} + 1);
+    uint32_t size = (n + 1) * 2;
+    if (units == nullptr || utf8ToUcs2(units.get(), &size, src) != 0)
+        return false;
+    return append(rec, units.get(), n);
+}
+
+bool appendSizedUtf8AsUcs2(SMSizedString *rec, const SMSizedString &utf8) noexcept
+{
+    if (utf8.buf == nullptr)
+        return false;
+    auto units = zeroedBlock<ucs2>(uint64_t{utf8.length} + 1);
+    uint32_t size = (utf8.length + 1) * 2;
+    if (units == nullptr || utf8ToUcs2(units.get(), &size, static_cast<const char *>(utf8.buf)) != 0)
+        return false;
+    return append(rec, units.get(), size / 2 - 1);  // 0 appends the (empty) converted text
+}
+
+}  // namespace zksupt::text

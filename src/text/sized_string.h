@@ -1,0 +1,52 @@
+// Sized strings: the caller's record {buf, capacity, length} and the one
+// append rule both encodings share. The writers of text (XML writer, event
+// logs, hex dumps) build their output here.
+#pragma once
+
+#include <cstdint>
+
+#include <zksupt/text.h>
+
+namespace zksupt::text {
+
+// Sets rec->buf to null, then for bytes > 0 allocates them (UCS-2: at least
+// 2, so that the terminator fits) with an empty text. Returns the buffer, or
+// null for 0 bytes or no memory, leaving capacity and length as they were.
+void *sizedAllocUtf8(SMSizedString *rec, uint32_t bytes) noexcept;
+void *sizedAllocUcs2(SMSizedString *rec, uint32_t bytes) noexcept;
+
+// The record's buffer, or null for a null record.
+inline void *sizedBuffer(const SMSizedString *rec) noexcept
+{
+    return rec == nullptr ? nullptr : rec->buf;
+}
+
+// Frees the buffer; the record is left empty (null, 0, 0).
+void sizedFree(SMSizedString *rec) noexcept;
+
+// Appends exactly n characters of src (n = 0: up to its terminator; the copy
+// does not stop at a terminator within n) and a terminator, growing the
+// buffer by grownCapacity when needed. False when src is null, the record
+// has no buffer, or growing fails; the record is then unchanged.
+bool appendUtf8(SMSizedString *rec, const char *src, uint32_t n) noexcept;
+bool appendUcs2(SMSizedString *rec, const ucs2 *src, uint32_t n) noexcept;
+
+// The converting appenders keep their old, narrow rules (texts written by
+// the suite depend on them). Both convert the whole of src, whatever n is.
+//
+// UCS-2 into UTF-8: n = 0 is the unit length of src. src converts into n + 1
+// bytes or nothing is appended; then n bytes of the result are appended. In
+// effect only ASCII text, and only as a whole, gets through.
+bool appendUcs2AsUtf8(SMSizedString *rec, const ucs2 *src, uint32_t n) noexcept;
+
+// UTF-8 into UCS-2: n = 0 is the byte length of src. src converts into
+// n + 1 units or nothing is appended; then n units are appended, so text with
+// multi-byte sequences brings zero units after its converted terminator.
+bool appendUtf8AsUcs2(SMSizedString *rec, const char *src, uint32_t n) noexcept;
+
+// The UTF-8 text of one sized string converted and appended, exactly, to a
+// UCS-2 sized string. False when the source has no buffer, the text does not
+// convert or growing fails.
+bool appendSizedUtf8AsUcs2(SMSizedString *rec, const SMSizedString &utf8) noexcept;
+
+}  // namespace zksupt::text
