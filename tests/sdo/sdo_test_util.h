@@ -17,19 +17,13 @@ inline constexpr uint32_t kHandle = sizeof(void *);
 // Builds a binary form: Bin().header("SDOB", 1, 16).inlined(7, 6, {1, 2}).bytes
 struct Bin {
     Bytes bytes;
-    Bin &raw(const Bytes &values)
-    {
-        bytes.insert(bytes.end(), values.begin(), values.end());
-        return *this;
-    }
+    Bin &raw(const Bytes &values) { bytes.insert(bytes.end(), values.begin(), values.end()); return *this; }
     Bin &u16(uint16_t v) { return raw({reinterpret_cast<uint8_t *>(&v)[0], reinterpret_cast<uint8_t *>(&v)[1]}); }
     Bin &header(const char *m, uint16_t n, uint16_t total) { return raw(Bytes(m, m + 4)).u16(n).u16(total); }
     // The value left-aligned in the slot's four bytes, flags its length - 1.
-    Bin &inlined(uint16_t id, uint8_t type, Bytes value)
+    Bin &inlined(uint16_t id, uint8_t type, const Bytes &value)
     {
-        const auto flags = static_cast<uint8_t>(value.size() - 1);
-        value.resize(4);
-        return u16(id).raw({type, flags}).raw(value);
+        return u16(id).raw({type, static_cast<uint8_t>(value.size() - 1)}).raw(value).raw(Bytes(4 - value.size(), 0));
     }
     // A value of n bytes at the slot's start + at.
     Bin &outOfLine(uint16_t id, uint8_t type, uint16_t n, uint16_t at) { return u16(id).raw({type, 4}).u16(n).u16(at); }
