@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -18,43 +17,28 @@ inline constexpr uint32_t kHandle = sizeof(void *);
 // Builds a binary form: Bin().header("SDOB", 1, 16).inlined(7, 6, {1, 2}).bytes
 struct Bin {
     Bytes bytes;
-    Bin &raw(const Bytes &values)
-    {
-        bytes.insert(bytes.end(), values.begin(), values.end());
-        return *this;
-    }
-    Bin &u16(uint16_t value)
-    {
-        uint8_t field[2];
-        std::memcpy(field, &value, 2);
-        return raw({field[0], field[1]});
-    }
-    Bin &header(const char *magic, uint16_t count, uint16_t total)
-    {
-        return raw({uint8_t(magic[0]), uint8_t(magic[1]), uint8_t(magic[2]), uint8_t(magic[3])}).u16(count).u16(total);
-    }
+    Bin &raw(const Bytes &values) { bytes.insert(bytes.end(), values.begin(), values.end()); return *this; }
+    Bin &u16(uint16_t v) { return raw({reinterpret_cast<uint8_t *>(&v)[0], reinterpret_cast<uint8_t *>(&v)[1]}); }
+    Bin &header(const char *m, uint16_t n, uint16_t total) { return raw(Bytes(m, m + 4)).u16(n).u16(total); }
     // The value left-aligned in the slot's four bytes, flags its length - 1.
-    Bin &inlined(uint16_t id, uint8_t type, Bytes value)
+    Bin &inlined(uint16_t id, uint8_t type, const Bytes &value)
     {
-        const auto flags = static_cast<uint8_t>(value.size() - 1);
-        value.resize(4);
-        return u16(id).raw({type, flags}).raw(value);
+        return u16(id).raw({type, static_cast<uint8_t>(value.size() - 1)}).raw(value).raw(Bytes(4 - value.size(), 0));
     }
-    Bin &outOfLine(uint16_t id, uint8_t type, uint16_t length, uint16_t offset)
-    {
-        return u16(id).raw({type, 0x04}).u16(length).u16(offset);
-    }
+    // A value of n bytes at the slot's start + at.
+    Bin &outOfLine(uint16_t id, uint8_t type, uint16_t n, uint16_t at) { return u16(id).raw({type, 4}).u16(n).u16(at); }
 };
+
+// An object with one 2-byte entry, an empty one, and an array of both.
+inline const Bytes kChild = Bin().header("SDOB", 1, 16).inlined(7, 6, {0xAB, 0xCD}).bytes;
+inline const Bytes kEmpty = Bin().header("SDOB", 0, 8).bytes;
+inline const Bytes kPair = Bin().header("SDAB", 2, 32).raw(kChild).raw(kEmpty).bytes;
 
 struct ConfigFree {
     void operator()(SDOConfig *config) const { SMSDOConfigFree(config); }
 };
+// An owned object; Config config(SMSDOConfigAlloc()) makes an empty one.
 using Config = std::unique_ptr<SDOConfig, ConfigFree>;
-
-inline Config newConfig()
-{
-    return Config(SMSDOConfigAlloc());
-}
 
 // The bytes written into a buffer with room to spare, and the status expected.
 inline Bytes serialise(const SDOConfig *config, int32_t expected = 0)
@@ -66,9 +50,9 @@ inline Bytes serialise(const SDOConfig *config, int32_t expected = 0)
     return out;
 }
 
-inline void add(SDOConfig *config, uint16_t id, uint8_t type, const Bytes &value)
+inline void add(SDOConfig *config, uint16_t id, uint8_t type, const Bytes &value, int32_t replace = 0)
 {
-    ASSERT_EQ(SMSDOConfigAddData(config, id, type, value.data(), static_cast<uint32_t>(value.size()), 0), 0) << id;
+    ASSERT_EQ(SMSDOConfigAddData(config, id, type, value.data(), static_cast<uint32_t>(value.size()), replace), 0);
 }
 
 }  // namespace zksupt::test
