@@ -2,6 +2,7 @@
 // so that the sanitizer build catches any read past a terminator.
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -13,10 +14,8 @@ namespace zksupt::test {
 // A UCS-2 string and its terminator.
 inline std::vector<ucs2> wide(std::u16string_view text)
 {
-    std::vector<ucs2> units;
-    units.reserve(text.size() + 1);
-    units.assign(text.begin(), text.end());
-    units.push_back(0);
+    std::vector<ucs2> units(text.size() + 1);  // zeroed: the last is the terminator
+    std::copy(text.begin(), text.end(), units.begin());
     return units;
 }
 
@@ -32,10 +31,8 @@ inline std::u16string units(const ucs2 *s)
 // A byte string and its terminator.
 inline std::vector<char> narrow(std::string_view text)
 {
-    std::vector<char> bytes;
-    bytes.reserve(text.size() + 1);
-    bytes.assign(text.begin(), text.end());
-    bytes.push_back('\0');
+    std::vector<char> bytes(text.size() + 1);
+    std::copy(text.begin(), text.end(), bytes.begin());
     return bytes;
 }
 

@@ -1,11 +1,14 @@
-// The UCS-2 string family and its tokenizer. The _s variants get sizes too
-// small for the data: they must ignore them.
+// The string functions: the UCS-2 family and its tokenizer (the _s variants
+// get sizes too small for the data: they must ignore them), the byte-wise
+// UTF-8 helpers, and every text function that takes a null.
 #include <gtest/gtest.h>
 
 #include <thread>
+#include <tuple>
 
-#include <zksupt/text.h>
+#include <zksupt/zksupt.h>
 
+#include "text/utf8_string.h"
 #include "text_test_util.h"
 
 namespace {
@@ -13,41 +16,34 @@ namespace {
 using zksupt::test::units;
 using zksupt::test::wide;
 
-constexpr ucs2 kUntouched = 0xAAAA;
-
-TEST(Ucs2Strings, CopyAndAppend)
+TEST(Ucs2Strings, CopyAppendAndFill)
 {
+    constexpr ucs2 kUntouched = 0xAAAA;
     ucs2 dst[10];
     std::fill(std::begin(dst), std::end(dst), kUntouched);
-    EXPECT_EQ(SMUCS2Strncpy_s(dst, 1, wide(u"abc").data(), 2), dst);
-    EXPECT_EQ(dst[2], kUntouched) << "stopping at n adds no terminator";
-    SMUCS2Strncpy(dst, wide(u"xy").data(), 6);
-    EXPECT_EQ(dst[3], kUntouched) << "nothing is written after the copied terminator";
-
+    EXPECT_EQ(SMUCS2Strncpy_s(dst, 1, wide(u"abc").data(), 2), dst);     // stops at n: no terminator
+    EXPECT_EQ(SMUCS2Strncpy(dst + 2, wide(u"xy").data(), 6), dst + 2);  // stops after the terminator: no padding
+    EXPECT_EQ(std::u16string(dst, dst + 6), std::u16string(u"abxy\0\xAAAA", 6));
     EXPECT_EQ(SMUCS2Strcpy_s(dst, 1, wide(u"h\u00e9").data()), dst);
     EXPECT_EQ(SMUCS2Strcat_s(dst, 1, wide(u"llo").data()), dst);
     EXPECT_EQ(SMUCS2Strlen(dst), 5u);
     SMUCS2Strncat(dst, wide(u"xyz").data(), 0);
-    EXPECT_EQ(dst[6], kUntouched) << "n = 0 writes nothing";
     SMUCS2Strncat_s(dst, 1, wide(u"!?").data(), 1);
     SMUCS2Strncat(dst, wide(u"12").data(), 9);
     EXPECT_EQ(units(dst), u"h\u00e9llo!12");
+    EXPECT_EQ(SMUCS2Strset_s(dst, 1, 0x10000u + u'x'), dst);
+    EXPECT_EQ(units(dst), u"xxxxxxxx") << "only the low 16 bits count";
+    EXPECT_EQ(SMUCS2Strnset_s(dst, 1, u'z', 9), dst);
+    EXPECT_EQ(std::u16string(dst, dst + 10), u"zzzzzzzzz\xAAAA") << "the terminator is overwritten, nothing beyond n";
 }
 
-TEST(Ucs2Strings, CompareGivesTheDifferenceModulo65536)
+TEST(Ucs2Strings, CompareSearchAndReverse)
 {
-    auto compare = [](std::u16string_view a, std::u16string_view b) {
-        return SMUCS2Strcmp(wide(a).data(), wide(b).data());
-    };
-    EXPECT_EQ(compare(u"a", u"b"), 65535u);
-    EXPECT_EQ(compare(u"b", u"a"), 1u);
-    EXPECT_EQ(compare(u"same", u"same"), 0u);
-    EXPECT_EQ(compare(u"a", u"ab"), 0x10000u - 0x62u);
-    EXPECT_EQ(compare(u"\uffff", u"\u0001"), 0xFFFEu);
-}
+    for (const auto &[a, b, difference] : std::vector<std::tuple<std::u16string, std::u16string, uint32_t>>{
+             {u"a", u"b", 65535}, {u"b", u"a", 1}, {u"same", u"same", 0}, {u"a", u"ab", 0x10000 - 'b'},
+             {u"\xFFFF", u"\x0001", 0xFFFE}})
+        EXPECT_EQ(SMUCS2Strcmp(wide(a).data(), wide(b).data()), difference) << "modulo 65536";
 
-TEST(Ucs2Strings, Search)
-{
     auto s = wide(u"abcaab");
     EXPECT_EQ(SMUCS2Strchr(s.data(), 0x10000u + u'c'), &s[2]) << "only the low 16 bits count";
     EXPECT_EQ(SMUCS2Strchr(s.data(), 0), &s[6]);
@@ -55,25 +51,11 @@ TEST(Ucs2Strings, Search)
     EXPECT_EQ(SMUCS2Strstr(s.data(), wide(u"").data()), s.data());
     EXPECT_EQ(SMUCS2Strstr(s.data(), wide(u"aab").data()), &s[3]);
     EXPECT_EQ(SMUCS2Strstr(s.data(), wide(u"aabx").data()), nullptr);
-
-    const auto text = wide(u" \t word");
-    const auto blanks = wide(u"\t ");
+    const auto text = wide(u" \t word"), blanks = wide(u"\t ");
     EXPECT_EQ(SMUCS2Strspn(text.data(), blanks.data()), 3u);
-    EXPECT_EQ(SMUCS2Strcspn(text.data() + 3, blanks.data()), 4u);
-    EXPECT_EQ(SMUCS2Strcspn(text.data(), wide(u"").data()), 7u);
-}
-
-TEST(Ucs2Strings, FillAndReverse)
-{
-    ucs2 s[7] = {'a', 'b', 0, kUntouched, kUntouched, kUntouched, kUntouched};
-    EXPECT_EQ(SMUCS2Strset_s(s, 1, 0x10000u + u'x'), s);
-    EXPECT_EQ(units(s), u"xx");
-    EXPECT_EQ(SMUCS2Strnset_s(s, 1, u'z', 5), s);
-    EXPECT_EQ(std::u16string(s, s + 6), u"zzzzz\xaaaa") << "the terminator and two units beyond are overwritten";
-    for (std::u16string text : {u"", u"ab", u"\u00e9\u263a\u4e2d"}) {
-        auto r = wide(text);
-        EXPECT_EQ(units(SMUCS2Strrev(r.data())), std::u16string(text.rbegin(), text.rend()));
-    }
+    EXPECT_EQ(SMUCS2Strcspn(text.data() + 3, blanks.data()), 4u) << "no unit of the set: the length";
+    auto even = wide(u"\x00E9\x263Az\x4E2D");
+    EXPECT_EQ(units(SMUCS2Strrev(even.data())), u"\x4E2Dz\x263A\x00E9");
 }
 
 TEST(Ucs2Strings, TokenizerSharesOnePositionEverywhere)
@@ -82,19 +64,69 @@ TEST(Ucs2Strings, TokenizerSharesOnePositionEverywhere)
     auto s = wide(u"  one,two ,, three four");
     ucs2 *context = nullptr;
     EXPECT_EQ(SMUCS2Strtok_s(s.data(), delims.data(), &context), &s[2]);
-    EXPECT_EQ(units(&s[2]), u"one");
     EXPECT_EQ(context, nullptr) << "the context is never written";
     EXPECT_EQ(units(SMUCS2Strtok(nullptr, delims.data())), u"two");
-    ucs2 *third = nullptr;
-    std::thread([&] { third = SMUCS2Strtok_s(nullptr, delims.data(), nullptr); }).join();
-    EXPECT_EQ(units(third), u"three");
-    EXPECT_EQ(units(SMUCS2Strtok(nullptr, delims.data())), u"four");
-    EXPECT_EQ(SMUCS2Strtok(nullptr, delims.data()), nullptr);
-
-    auto more = wide(u"a,b");
-    ASSERT_NE(SMUCS2Strtok(more.data(), delims.data()), nullptr);
     EXPECT_EQ(SMUCS2Strtok(wide(u" ,, ").data(), delims.data()), nullptr);
     EXPECT_EQ(SMUCS2Strtok(nullptr, delims.data()), nullptr) << "delimiters only forget the saved position";
+    EXPECT_EQ(units(SMUCS2Strtok(&s[10], delims.data())), u"three");
+    ucs2 *fourth = nullptr;
+    std::thread([&] { fourth = SMUCS2Strtok_s(nullptr, delims.data(), nullptr); }).join();
+    EXPECT_EQ(fourth, &s[19]) << "the other thread goes on from the same position";
+    EXPECT_EQ(SMUCS2Strtok(nullptr, delims.data()), nullptr);
+}
+
+TEST(Utf8Strings, CaseReversalTrimAndDuplicate)
+{
+    char text[] = "Mixed 09 \xC3\xA4!";  // in the C locale, which the tests keep
+    EXPECT_STREQ(SMUTF8StrUpperCase(text), "MIXED 09 \xC3\xA4!");
+    EXPECT_STREQ(SMUTF8StrLowerCase(text), "mixed 09 \xC3\xA4!");
+    SMUTF8Strrev(text);
+    EXPECT_STREQ(text, "!\xA4\xC3 90 dexim");
+    // Tab, LF, CR and space are blanks, zeroed on both sides; the result starts after the leading ones.
+    for (const auto &[before, start, trimmed] : std::vector<std::tuple<std::string, std::size_t, std::string>>{
+             {"  x ", 2, "x"}, {"\t\r\n x y \n\r\t", 4, "x y"}, {"\v\fx\v\f", 0, "\v\fx\v\f"}, {" \t ", 3, ""}}) {
+        std::string s = before;
+        EXPECT_EQ(SMUTF8trim(s.data()), s.data() + start);
+        EXPECT_EQ(s, std::string(start, '\0') + trimmed + std::string(s.size() - start - trimmed.size(), '\0'));
+    }
+    // A duplicate reports its block: the length and the terminator, or 0.
+    char *copy = SMUTF8Strdup("d\xC3\xBCp");
+    EXPECT_STREQ(copy, "d\xC3\xBCp");
+    SMFreeMem(copy);
+    uint32_t allocated = 0;
+    SMFreeMem(zksupt::text::utf8Duplicate("d\xC3\xBCp", &allocated));
+    EXPECT_EQ(allocated, 5u);
+    EXPECT_EQ(zksupt::text::utf8Duplicate(nullptr, &allocated), nullptr);
+    EXPECT_EQ(allocated, 0u);
+}
+
+TEST(Utf8Strings, CaselessCompareAndSearch)
+{
+    // Only A-Z fold; the end of a ends the compare; bytes are unsigned.
+    for (const auto &[a, b, n, difference] : std::vector<std::tuple<const char *, const char *, uint32_t, int32_t>>{
+             {"ABC", "abd", 3, -1}, {"ABC", "abd", 2, 0}, {"\xC3\x84", "\xC3\xA4", 2, -32}, {"x", "y", 0, 0},
+             {"Same", "sAME", 100, 0}, {"AB", "abc", 5, -'c'}, {"\xFF", "a", 1, 0xFF - 'a'}})
+        EXPECT_EQ(SMUTF8Strnicmp(a, b, n), difference) << a << " / " << b << " over " << n;
+    const char *s = "Hello World, world";
+    EXPECT_EQ(SMUTF8Strstri(s, "d, WoRlD"), s + 10);
+    EXPECT_EQ(SMUTF8Strstri(s, "orld!"), nullptr);
+    EXPECT_EQ(SMUTF8Strstri(s, ""), s);
+    EXPECT_EQ(SMUTF8Strstri("ab", "abc"), nullptr);
+}
+
+TEST(TextArguments, NullsAreRefusedOrGiveNull)
+{
+    char text[8];
+    uint32_t size = sizeof text;
+    EXPECT_EQ(SMUCS2StrToUTF8Str(text, &size, nullptr), SM_STATUS_INVALID_PARAMETER);
+    EXPECT_EQ(SMUCS2StrToUTF8Str(nullptr, nullptr, wide(u"x").data()), SM_STATUS_INVALID_PARAMETER);
+    EXPECT_EQ(SMUTF8StrToUCS2Str(nullptr, &size, nullptr), SM_STATUS_INVALID_PARAMETER);
+    EXPECT_EQ(SMUTF8StrToUCS2Str(nullptr, nullptr, "x"), SM_STATUS_INVALID_PARAMETER);
+    EXPECT_EQ(SMUCS2ToEscape(text, &size, nullptr), SM_STATUS_BAD_ARGUMENT);
+    EXPECT_EQ(SMUTF8trim(nullptr), nullptr);
+    EXPECT_EQ(SMUTF8Strdup(nullptr), nullptr);
+    EXPECT_EQ(SMUTF8Strstri(nullptr, "a"), nullptr);
+    EXPECT_EQ(SMUTF8Strstri("a", nullptr), nullptr);
 }
 
 }  // namespace
