@@ -113,4 +113,13 @@ int32_t formatArguments(char *dst, uint32_t size, const char *format, va_list ar
     return runEngine(dst, size, format, args, nullptr);
 }
 
+int32_t formatText(char *dst, uint32_t size, const char *format, ...) noexcept
+{
+    va_list args;
+    va_start(args, format);
+    const int32_t stored = formatArguments(dst, size, format, args);
+    va_end(args);
+    return stored;
+}
+
 }  // namespace zksupt::format

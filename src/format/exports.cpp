@@ -8,6 +8,8 @@ namespace fm = zksupt::format;
 // clang-format off
 extern "C" {
 
+// A variadic entry cannot hand its arguments on as they are: it passes them
+// as a va_list to the same implementation as SMvsnprintf.
 int32_t SMsnprintf(char *dst, uint32_t size, const char *format, ...) noexcept
 {
     va_list args;

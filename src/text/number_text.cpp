@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <cctype>
 #include <charconv>
-#include <cstdarg>
 #include <cstdlib>
 #include <cstring>
 #include <strings.h>
@@ -18,16 +17,6 @@ namespace {
 
 constexpr uint32_t kInvalid = 0x10F;
 constexpr uint32_t kUnsupported = 1;
-
-// Output the library produces goes through its own format engine.
-int32_t formatText(char *dst, uint32_t size, const char *format, ...) noexcept
-{
-    va_list args;
-    va_start(args, format);
-    const int32_t stored = format::formatArguments(dst, size, format, args);
-    va_end(args);
-    return stored;
-}
 
 void setStatus(uint32_t *status, uint32_t value) noexcept
 {
@@ -209,7 +198,7 @@ int32_t timeToText(const time_t *t, char *dst, uint32_t size) noexcept
     static constexpr char kDays[] = "SunMonTueWedThuFriSat";
     static constexpr char kMonths[] = "JanFebMarAprMayJunJulAugSepOctNovDec";
     char text[32];
-    formatText(text, sizeof text, "%.3s %.3s%3d %.2d:%.2d:%.2d %d", kDays + 3 * local.tm_wday,
+    format::formatText(text, sizeof text, "%.3s %.3s%3d %.2d:%.2d:%.2d %d", kDays + 3 * local.tm_wday,
                kMonths + 3 * local.tm_mon, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec,
                local.tm_year + 1900);
     const std::size_t n = std::min<std::size_t>(std::strlen(text), size - 1);
@@ -228,7 +217,7 @@ int32_t timeToUcs2(const time_t *t, ucs2 *dst, uint32_t *size) noexcept
 
 int32_t doubleToText(char *dst, uint32_t size, double value) noexcept
 {
-    return formatText(dst, size, "%.3f", value);
+    return format::formatText(dst, size, "%.3f", value);
 }
 
 // ---- Text to numbers -------------------------------------------------------
