@@ -1,0 +1,104 @@
+#include "net/host_name.h"
+
+#include <netdb.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <memory>
+#include <new>
+#include <string_view>
+
+#include <zksupt/status.h>
+
+#include "net/module.h"
+#include "net/text_out.h"
+#include "text/convert.h"
+
+namespace zksupt::net {
+namespace {
+
+// Callers that keep the name in fixed records were given it in 64 bytes.
+constexpr uint32_t kShortName = 64;
+// The resolver's work area grows until the answer fits, up to this bound.
+constexpr std::size_t kFirstLookupArea = 1024;
+constexpr std::size_t kLargestLookupArea = 64 * 1024;
+
+// The whole host name. gethostname may leave a name that filled its buffer
+// unterminated, so one byte more than it is allowed to use stays zero.
+std::string_view wholeHostName(char (&name)[HOST_NAME_MAX + 2]) noexcept
+{
+    std::memset(name, 0, sizeof name);
+    ::gethostname(name, sizeof name - 1);  // a failure is not reported: the name is then empty or cut
+    return name;
+}
+
+}  // namespace
+
+int32_t hostName(char *buffer, uint32_t *size) noexcept
+{
+    if (!networkReady())
+        return SM_STATUS_NOT_READY;
+    if (buffer == nullptr || size == nullptr)
+        return SM_STATUS_BAD_ARGUMENT;
+    char whole[HOST_NAME_MAX + 2];
+    const std::string_view name = wholeHostName(whole);
+    if (*size == 0) {
+        copyText(name, nullptr, size);
+        return SM_STATUS_BUFFER_TOO_SMALL;
+    }
+    return copyText(name.substr(0, *size - 1), buffer, size);
+}
+
+int32_t hostNameUcs2(ucs2 *buffer, uint32_t *size) noexcept
+{
+    if (!networkReady())
+        return SM_STATUS_NOT_READY;
+    if (size == nullptr)
+        return SM_STATUS_BAD_ARGUMENT;
+    char whole[HOST_NAME_MAX + 2];
+    char name[kShortName];
+    uint32_t length = kShortName;
+    copyText(wholeHostName(whole).substr(0, kShortName - 1), name, &length);
+    return text::utf8ToUcs2(buffer, size, name);
+}
+
+int32_t dnsSuffixOf(const char *officialName, char *buffer, uint32_t *size) noexcept
+{
+    const char *dot = std::strchr(officialName, '.');
+    return copyText(dot != nullptr ? dot + 1 : "", buffer, size);
+}
+
+int32_t dnsSuffix(char *buffer, uint32_t *size) noexcept
+{
+    if (!networkReady())
+        return SM_STATUS_NOT_READY;
+    if (size == nullptr)
+        return SM_STATUS_BAD_ARGUMENT;
+    char whole[HOST_NAME_MAX + 2];
+    const std::string_view name = wholeHostName(whole).substr(0, kShortName - 1);
+    char shortName[kShortName];
+    uint32_t length = kShortName;
+    copyText(name, shortName, &length);
+
+    // The reentrant lookup: the classic one returns static storage that any
+    // other thread's lookup overwrites.
+    for (std::size_t area = kFirstLookupArea; area <= kLargestLookupArea; area *= 2) {
+        const std::unique_ptr<char[]> work{new (std::nothrow) char[area]};
+        if (work == nullptr)
+            return SM_STATUS_NO_MEMORY;
+        hostent entry{};
+        hostent *found = nullptr;
+        int lookupError = 0;
+        const int result = ::gethostbyname_r(shortName, &entry, work.get(), area, &found, &lookupError);
+        if (result == ERANGE)
+            continue;
+        if (result != 0 || found == nullptr || found->h_name == nullptr)
+            return SM_STATUS_FAILURE;
+        return dnsSuffixOf(found->h_name, buffer, size);
+    }
+    return SM_STATUS_FAILURE;
+}
+
+}  // namespace zksupt::net
