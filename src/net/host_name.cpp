@@ -19,7 +19,7 @@
 namespace zksupt::net {
 namespace {
 
-// Callers that keep the name in fixed records were given it in 64 bytes.
+// The UCS-2 name and the lookup of the official name start from 64 bytes.
 constexpr uint32_t kShortName = 64;
 // The resolver's work area grows until the answer fits, up to this bound.
 constexpr std::size_t kFirstLookupArea = 1024;
@@ -31,6 +31,15 @@ std::string_view wholeHostName(char (&name)[HOST_NAME_MAX + 2]) noexcept
 {
     std::memset(name, 0, sizeof name);
     ::gethostname(name, sizeof name - 1);  // a failure is not reported: the name is then empty or cut
+    return name;
+}
+
+// The name as callers with 64-byte records were given it: cut to 63 bytes.
+const char *shortHostName(char (&name)[kShortName]) noexcept
+{
+    char whole[HOST_NAME_MAX + 2];
+    uint32_t size = kShortName;
+    copyText(wholeHostName(whole).substr(0, kShortName - 1), name, &size);
     return name;
 }
 
@@ -57,11 +66,8 @@ int32_t hostNameUcs2(ucs2 *buffer, uint32_t *size) noexcept
         return SM_STATUS_NOT_READY;
     if (size == nullptr)
         return SM_STATUS_BAD_ARGUMENT;
-    char whole[HOST_NAME_MAX + 2];
     char name[kShortName];
-    uint32_t length = kShortName;
-    copyText(wholeHostName(whole).substr(0, kShortName - 1), name, &length);
-    return text::utf8ToUcs2(buffer, size, name);
+    return text::utf8ToUcs2(buffer, size, shortHostName(name));
 }
 
 int32_t dnsSuffixOf(const char *officialName, char *buffer, uint32_t *size) noexcept
@@ -76,11 +82,8 @@ int32_t dnsSuffix(char *buffer, uint32_t *size) noexcept
         return SM_STATUS_NOT_READY;
     if (size == nullptr)
         return SM_STATUS_BAD_ARGUMENT;
-    char whole[HOST_NAME_MAX + 2];
-    const std::string_view name = wholeHostName(whole).substr(0, kShortName - 1);
-    char shortName[kShortName];
-    uint32_t length = kShortName;
-    copyText(name, shortName, &length);
+    char name[kShortName];
+    shortHostName(name);
 
     // The reentrant lookup: the classic one returns static storage that any
     // other thread's lookup overwrites.
@@ -91,7 +94,7 @@ int32_t dnsSuffix(char *buffer, uint32_t *size) noexcept
         hostent entry{};
         hostent *found = nullptr;
         int lookupError = 0;
-        const int result = ::gethostbyname_r(shortName, &entry, work.get(), area, &found, &lookupError);
+        const int result = ::gethostbyname_r(name, &entry, work.get(), area, &found, &lookupError);
         if (result == ERANGE)
             continue;
         if (result != 0 || found == nullptr || found->h_name == nullptr)

@@ -106,9 +106,8 @@ TEST(NetText, FamiliesBothWaysWithSizes)
     }
     uint32_t size = 16;
     unsigned char bytes[16];
-    for (const char *bad : {"1.2.3", "::1", "", "1.2.3.4 ", "010.1.1.1"})
-        EXPECT_EQ(SMInetAddrUTF8ToNetwork(1, bad, bytes, &size), SM_STATUS_INVALID_PARAMETER) << bad;
-    EXPECT_EQ(SMInetAddrUTF8ToNetwork(2, "fe80::1::2", bytes, &size), SM_STATUS_INVALID_PARAMETER);
+    for (const auto &[family, bad] : {std::pair{1u, "1.2.3"}, {1u, "::1"}, {1u, ""}, {1u, "1.2.3.4 "}, {1u, "010.1.1.1"}, {2u, "fe80::1::2"}})
+        EXPECT_EQ(SMInetAddrUTF8ToNetwork(family, bad, bytes, &size), SM_STATUS_INVALID_PARAMETER) << bad;
 }
 
 std::string systemHostName()
@@ -200,9 +199,9 @@ Texts listWithEveryCapacity(List list)
     uint32_t found = 0;
     const int32_t sizing = list(nullptr, &found);
     EXPECT_EQ(sizing, found == 0 ? 0 : SM_STATUS_BUFFER_TOO_SMALL);
-    std::vector<SMInetAddrEntry> entries(found + 2), blank(found + 2);
-    std::memset(entries.data(), kUnwritten, entries.size() * sizeof entries[0]);
-    std::memset(blank.data(), kUnwritten, blank.size() * sizeof blank[0]);
+    SMInetAddrEntry unwritten;
+    std::memset(&unwritten, kUnwritten, sizeof unwritten);
+    std::vector<SMInetAddrEntry> entries(found + 2, unwritten), blank(2, unwritten);
     Texts texts;
     for (uint32_t capacity : {found + 2, found - 1}) {
         if (capacity == UINT32_MAX)
@@ -210,7 +209,7 @@ Texts listWithEveryCapacity(List list)
         uint32_t count = capacity;
         EXPECT_EQ(list(entries.data(), &count), capacity < found ? SM_STATUS_BUFFER_TOO_SMALL : 0);
         EXPECT_EQ(count, found);
-        EXPECT_EQ(std::memcmp(&entries[found], &blank[found], 2 * sizeof entries[0]), 0) << "written past the addresses";
+        EXPECT_EQ(std::memcmp(&entries[found], blank.data(), 2 * sizeof unwritten), 0) << "written past the addresses";
         for (uint32_t i = 0; i < found && capacity > found; ++i) {
             EXPECT_TRUE((entries[i].family == 1 || entries[i].family == 2) && entries[i].reserved == 0);
             texts.push_back(entries[i].address);
@@ -238,11 +237,7 @@ TEST(NetLists, CountContractAgainstGetifaddrs)
 
 struct FlagsByName final : InterfaceFlags {
     std::map<std::string, uint32_t> table;
-    bool flags(const char *name, uint32_t &flags) const noexcept override
-    {
-        const auto found = table.find(name);
-        return found != table.end() && (flags = found->second, true);
-    }
+    bool flags(const char *name, uint32_t &out) const noexcept override { return table.count(name) != 0 && (out = table.at(name), true); }
 };
 
 TEST(NetLists, Ipv6TableOrderAndFilter)
