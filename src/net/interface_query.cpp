@@ -37,12 +37,12 @@ ifreq requestFor(const char *name) noexcept
 
 InterfaceQuery::InterfaceQuery(Kind kind) noexcept : socket_(openSocket(kind)) {}
 
-bool InterfaceQuery::flags(const char *name, uint32_t &flags) const noexcept
+bool InterfaceQuery::flags(const char *name, uint32_t &out) const noexcept
 {
     ifreq request = requestFor(name);
     if (::ioctl(socket_.get(), SIOCGIFFLAGS, &request) < 0)
         return false;
-    flags = static_cast<unsigned short>(request.ifr_flags);
+    out = static_cast<unsigned short>(request.ifr_flags);
     return true;
 }
 

@@ -14,7 +14,7 @@ namespace zksupt::net {
 class InterfaceFlags {
   public:
     virtual ~InterfaceFlags() = default;
-    virtual bool flags(const char *name, uint32_t &flags) const noexcept = 0;
+    virtual bool flags(const char *name, uint32_t &out) const noexcept = 0;
 };
 
 // The kernel's answers through one socket, closed with the object.
@@ -30,7 +30,7 @@ class InterfaceQuery final : public InterfaceFlags {
     explicit operator bool() const noexcept { return static_cast<bool>(socket_); }
     int descriptor() const noexcept { return socket_.get(); }
 
-    bool flags(const char *name, uint32_t &flags) const noexcept override;
+    bool flags(const char *name, uint32_t &out) const noexcept override;
     // SIOCGIFADDR of the named interface.
     bool ipv4Address(const char *name, in_addr &address) const noexcept;
 
