@@ -65,8 +65,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     roundTrip(1, text.c_str());
     roundTrip(2, text.c_str());
 
+    // Table lines arrive as C strings, read up to their first NUL.
     nt::Inet6Address parsed;
-    if (nt::parseIfInet6Line(text, parsed))
+    if (nt::parseIfInet6Line(text.c_str(), parsed))
         check(std::strlen(parsed.interface) > 0 && std::strlen(parsed.interface) < sizeof parsed.interface);
     return 0;
 }
