@@ -12,11 +12,9 @@ enum Selection : uint32_t { kBoth = 0, kIpv4Only = 1, kIpv6Only = 2 };
 // The array may be missing only when the caller gives it no room.
 int32_t checkArguments(const SMInetAddrEntry *entries, const uint32_t *count) noexcept
 {
-    if (!networkReady())
-        return SM_STATUS_NOT_READY;
-    if (count == nullptr || (entries == nullptr && *count != 0))
-        return SM_STATUS_BAD_ARGUMENT;
-    return SM_STATUS_SUCCESS;
+    if (const int32_t status = checkCall({count}); status != SM_STATUS_SUCCESS)
+        return status;
+    return entries == nullptr && *count != 0 ? SM_STATUS_BAD_ARGUMENT : SM_STATUS_SUCCESS;
 }
 
 // The count goes back with a full or overfull list, never after a failure.

@@ -66,10 +66,8 @@ void rewriteDottedText(const char *text, char *out) noexcept
 
 int32_t ipv4FromText(const char *text, uint32_t *address) noexcept
 {
-    if (!networkReady())
-        return SM_STATUS_NOT_READY;
-    if (text == nullptr || address == nullptr)
-        return SM_STATUS_BAD_ARGUMENT;
+    if (const int32_t status = checkCall({text, address}); status != SM_STATUS_SUCCESS)
+        return status;
     const std::unique_ptr<char, Free> rewritten{static_cast<char *>(std::malloc(std::strlen(text) + 1))};
     if (rewritten == nullptr)
         return SM_STATUS_NO_MEMORY;
@@ -83,10 +81,8 @@ int32_t ipv4FromText(const char *text, uint32_t *address) noexcept
 
 int32_t ipv4ToText(uint32_t address, char *buffer, uint32_t *size) noexcept
 {
-    if (!networkReady())
-        return SM_STATUS_NOT_READY;
-    if (buffer == nullptr || size == nullptr)
-        return SM_STATUS_BAD_ARGUMENT;
+    if (const int32_t status = checkCall({buffer, size}); status != SM_STATUS_SUCCESS)
+        return status;
     // inet_ntop writes the text inet_ntoa would, but into our own storage
     // rather than one static buffer shared by every thread.
     char dotted[INET_ADDRSTRLEN];
@@ -97,10 +93,8 @@ int32_t ipv4ToText(uint32_t address, char *buffer, uint32_t *size) noexcept
 
 int32_t inetFromText(uint32_t family, const char *text, void *buffer, uint32_t *size) noexcept
 {
-    if (!networkReady())
-        return SM_STATUS_NOT_READY;
-    if (text == nullptr || buffer == nullptr || size == nullptr)
-        return SM_STATUS_BAD_ARGUMENT;
+    if (const int32_t status = checkCall({text, buffer, size}); status != SM_STATUS_SUCCESS)
+        return status;
     const auto kind = familyOf(family);
     if (!kind)
         return SM_STATUS_INVALID_PARAMETER;
@@ -117,10 +111,8 @@ int32_t inetFromText(uint32_t family, const char *text, void *buffer, uint32_t *
 
 int32_t inetToText(uint32_t family, const void *address, uint32_t length, char *buffer, uint32_t *size) noexcept
 {
-    if (!networkReady())
-        return SM_STATUS_NOT_READY;
-    if (address == nullptr || buffer == nullptr || size == nullptr)
-        return SM_STATUS_BAD_ARGUMENT;
+    if (const int32_t status = checkCall({address, buffer, size}); status != SM_STATUS_SUCCESS)
+        return status;
     const auto kind = familyOf(family);
     if (!kind || length != kind->length)
         return SM_STATUS_INVALID_PARAMETER;

@@ -47,10 +47,8 @@ const char *shortHostName(char (&name)[kShortName]) noexcept
 
 int32_t hostName(char *buffer, uint32_t *size) noexcept
 {
-    if (!networkReady())
-        return SM_STATUS_NOT_READY;
-    if (buffer == nullptr || size == nullptr)
-        return SM_STATUS_BAD_ARGUMENT;
+    if (const int32_t status = checkCall({buffer, size}); status != SM_STATUS_SUCCESS)
+        return status;
     char whole[HOST_NAME_MAX + 2];
     const std::string_view name = wholeHostName(whole);
     if (*size == 0) {
@@ -62,10 +60,8 @@ int32_t hostName(char *buffer, uint32_t *size) noexcept
 
 int32_t hostNameUcs2(ucs2 *buffer, uint32_t *size) noexcept
 {
-    if (!networkReady())
-        return SM_STATUS_NOT_READY;
-    if (size == nullptr)
-        return SM_STATUS_BAD_ARGUMENT;
+    if (const int32_t status = checkCall({size}); status != SM_STATUS_SUCCESS)
+        return status;
     char name[kShortName];
     return text::utf8ToUcs2(buffer, size, shortHostName(name));
 }
@@ -78,10 +74,8 @@ int32_t dnsSuffixOf(const char *officialName, char *buffer, uint32_t *size) noex
 
 int32_t dnsSuffix(char *buffer, uint32_t *size) noexcept
 {
-    if (!networkReady())
-        return SM_STATUS_NOT_READY;
-    if (size == nullptr)
-        return SM_STATUS_BAD_ARGUMENT;
+    if (const int32_t status = checkCall({size}); status != SM_STATUS_SUCCESS)
+        return status;
     char name[kShortName];
     shortHostName(name);
 

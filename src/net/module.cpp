@@ -1,7 +1,9 @@
 #include "net/module.h"
 
+#include <algorithm>
 #include <atomic>
-#include <cstdint>
+
+#include <zksupt/status.h>
 
 namespace zksupt::net {
 namespace {
@@ -40,6 +42,15 @@ bool networkReady() noexcept
 bool networkStarted() noexcept
 {
     return startedFlag.load(std::memory_order_relaxed);
+}
+
+int32_t checkCall(std::initializer_list<const void *> required) noexcept
+{
+    if (!networkReady())
+        return SM_STATUS_NOT_READY;
+    if (std::find(required.begin(), required.end(), nullptr) != required.end())
+        return SM_STATUS_BAD_ARGUMENT;
+    return SM_STATUS_SUCCESS;
 }
 
 }  // namespace zksupt::net

@@ -2,6 +2,9 @@
 // subsystem checks before it does anything.
 #pragma once
 
+#include <cstdint>
+#include <initializer_list>
+
 namespace zksupt::net {
 
 // Module start: runs the platform's network set-up once per process and
@@ -14,5 +17,9 @@ void stopNetwork() noexcept;
 bool networkReady() noexcept;
 // Whether the module is started (between a start and a stop).
 bool networkStarted() noexcept;
+
+// What every function checks first: 0x11 while the network is not ready,
+// then 0x2 when one of its required pointers is null, else 0.
+int32_t checkCall(std::initializer_list<const void *> required) noexcept;
 
 }  // namespace zksupt::net
