@@ -5,6 +5,7 @@
 #include "digest/crc32.h"
 #include "format/engine_lock.h"
 #include "frame/lifecycle.h"
+#include "net/module.h"
 
 #include <array>
 
@@ -25,7 +26,7 @@ void stopRegistryAndFileLocks() {}
 constexpr std::array<Module, 9> kModules{{
     {"registry file and file locks", startRegistryAndFileLocks, stopRegistryAndFileLocks},
     notBuiltYet("product install paths"),
-    notBuiltYet("network"),
+    {"network", net::startNetwork, net::stopNetwork},
     notBuiltYet("IPC name registry"),
     notBuiltYet("critical sections"),
     notBuiltYet("event log"),
