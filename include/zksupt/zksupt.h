@@ -11,5 +11,6 @@
 #include <zksupt/digest.h>
 #include <zksupt/file.h>
 #include <zksupt/sdo.h>
+#include <zksupt/config.h>
 
 #endif /* ZKSUPT_ZKSUPT_H */
