@@ -26,15 +26,31 @@ void check(bool condition)
         __builtin_trap();
 }
 
-const std::string &directory()
-{
-    static const std::string dir = [] {
+// A fresh directory for each run, removed with all it holds at the end of
+// the run (copies a failed rewrite leaves included).
+class Directory {
+  public:
+    Directory()
+    {
         char name[] = "/tmp/zksupt-ini-fuzz-XXXXXX";
         check(mkdtemp(name) != nullptr);
-        return std::string(name);
-    }();
-    return dir;
-}
+        path_ = name;
+    }
+    ~Directory()
+    {
+        DIR *dir = opendir(path_.c_str());
+        while (dirent *entry = readdir(dir)) {
+            if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0)
+                unlink((path_ + "/" + entry->d_name).c_str());
+        }
+        closedir(dir);
+        rmdir(path_.c_str());
+    }
+    const std::string &path() const { return path_; }
+
+  private:
+    std::string path_;
+};
 
 void store(const std::string &path, const uint8_t *data, size_t size)
 {
@@ -55,17 +71,6 @@ std::string load(const std::string &path)
         std::fclose(file);
     }
     return text;
-}
-
-// Removes every file of the directory (copies a failed rewrite leaves).
-void clean()
-{
-    DIR *dir = opendir(directory().c_str());
-    while (dirent *entry = readdir(dir)) {
-        if (entry->d_name[0] != '.')
-            unlink((directory() + "/" + entry->d_name).c_str());
-    }
-    closedir(dir);
 }
 
 // The names of a listing, or none when the listing failed.
@@ -92,7 +97,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     if (size > 0x8000)
         return 0;
-    const std::string path = directory() + "/fuzz.ini";
+    const Directory directory;
+    const std::string path = directory.path() + "/fuzz.ini";
     store(path, data, size);
 
     std::size_t reads = 0;
@@ -136,6 +142,5 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         }
         at = end;
     }
-    clean();
     return 0;
 }

@@ -26,6 +26,15 @@ namespace {
 namespace fs = std::filesystem;
 using Bytes = std::vector<uint8_t>;
 
+// A value's bytes in host order.
+template <class T>
+Bytes bytesOf(T value)
+{
+    Bytes bytes(sizeof value);
+    std::memcpy(bytes.data(), &value, sizeof value);
+    return bytes;
+}
+
 std::string contents(const std::string &path)
 {
     std::ifstream in(path, std::ios::binary);
@@ -169,7 +178,7 @@ TEST_F(Ini, EveryTypeWrittenAndReadBack)
     const ucs2 wide[] = {'h', 0x263A, 0};
     const std::tuple<uint32_t, Bytes, std::string> rows[] = {
         {3, {0x01, 0x0A, 0xFF}, "0x01,0x0A,0xFF"},
-        {4, {1, 0}, "TRUE"},
+        {4, bytesOf(uint16_t{1}), "TRUE"},
         {5, {0xFF, 0xFF, 0xFF, 0xFF}, "4294967295"},
         {7, Bytes(8, 0xFF), "18446744073709551615"},
         {2, Bytes(reinterpret_cast<const uint8_t *>(wide), reinterpret_cast<const uint8_t *>(wide) + 6), ""},
@@ -211,11 +220,7 @@ TEST_F(Ini, TypedReadsFromText)
         bytes.resize(size);
         return std::pair{status, bytes};
     };
-    const auto as = [](auto v) {
-        Bytes b(sizeof v);
-        std::memcpy(b.data(), &v, sizeof v);
-        return std::pair{0, b};
-    };
+    const auto as = [](auto v) { return std::pair{0, bytesOf(v)}; };
     const std::pair<int32_t, Bytes> failed{SM_STATUS_BAD_LENGTH, {}};
     EXPECT_EQ(value("true ", 4), as(uint16_t{1}));
     EXPECT_EQ(value(" False\r", 4), as(uint16_t{0}));
