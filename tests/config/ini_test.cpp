@@ -11,6 +11,7 @@
 #include <iterator>
 #include <optional>
 #include <string>
+#include <future>
 #include <thread>
 #include <tuple>
 #include <vector>
@@ -19,6 +20,7 @@
 #include <zksupt/frame.h>
 #include <zksupt/status.h>
 
+#include "config/file_guard.h"
 #include "support/sandbox.h"
 
 namespace {
@@ -434,6 +436,29 @@ TEST_F(Ini, TextValuesEnumerationsAndPlainNames)
     const std::string tooLong(256 - 6 - zksupt::test::sandbox().iniDir().size() + 1, 'x');
     EXPECT_EQ(SMWriteINIFileValue("s", "k", 1, "v", 2, tooLong.c_str(), 1), 0x10);
     EXPECT_EQ(SMWriteINIFileValue("s", "k", 1, "v", 2, nullptr, 1), 2);
+}
+
+TEST_F(Ini, ASingleTryFindsTheFileLockedAndChangesNothing)
+{
+    put("t.ini", "[s]\nk=1\n");
+    const std::string path = at("t.ini");
+    std::promise<void> locked;
+    std::promise<void> done;
+    std::thread holder([&] {
+        const zksupt::config::FileGuard guard(path.c_str(), zksupt::config::FileAccess::write, 1);
+        locked.set_value();
+        done.get_future().wait();
+    });
+    locked.get_future().wait();
+    EXPECT_EQ(SMWriteINIPathFileValue("s", "k", 1, "2", 2, path.c_str(), 0), SM_STATUS_TIMEOUT);
+    char text[8];
+    uint32_t size = sizeof text;
+    EXPECT_EQ(SMReadINIPathFileValue("s", "k", 1, text, &size, "d", 2, path.c_str(), 0), SM_STATUS_TIMEOUT);
+    EXPECT_EQ(std::pair(std::string(text), size), std::pair(std::string("d"), 2u));
+    done.set_value();
+    holder.join();
+    EXPECT_EQ(contents(path), "[s]\nk=1\n");
+    EXPECT_EQ(read("s", "k"), "1");
 }
 
 TEST_F(Ini, ConcurrentWritersLoseNothing)
