@@ -12,5 +12,6 @@
 #include <zksupt/file.h>
 #include <zksupt/sdo.h>
 #include <zksupt/net.h>
+#include <zksupt/config.h>
 
 #endif /* ZKSUPT_ZKSUPT_H */

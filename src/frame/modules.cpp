@@ -1,6 +1,7 @@
 // The library's modules in their start order. This table is the one place
 // that names every subsystem's start and stop; a subsystem joins the library
 // by filling its slot with its two functions in place of notBuiltYet.
+#include "config/path_table.h"
 #include "config/registry_file.h"
 #include "digest/crc32.h"
 #include "format/engine_lock.h"
@@ -25,7 +26,7 @@ void stopRegistryAndFileLocks() {}
 
 constexpr std::array<Module, 9> kModules{{
     {"registry file and file locks", startRegistryAndFileLocks, stopRegistryAndFileLocks},
-    notBuiltYet("product install paths"),
+    {"product install paths", config::startPathTable, config::stopPathTable},
     {"network", net::startNetwork, net::stopNetwork},
     notBuiltYet("IPC name registry"),
     notBuiltYet("critical sections"),

@@ -1,0 +1,29 @@
+// Exported entries of the product registry, install paths and INI engine.
+#include <zksupt/config.h>
+
+#include "config/expand.h"
+#include "config/ini.h"
+#include "config/path_table.h"
+#include "config/products.h"
+
+namespace cf = zksupt::config;
+
+// clang-format off
+extern "C" {
+
+int32_t SMGetPathByProductIDandType(int32_t productID, uint32_t kind, char *buffer, uint32_t *size) noexcept { return cf::pathByProductAndType(productID, kind, buffer, size); }
+int32_t SMGetInstallPath(char *buffer, uint32_t *size) noexcept { return cf::pathByProductAndType(cf::kMeridianProduct, cf::kInstallKind, buffer, size); }
+int32_t SMGetInstallPathByProductID(int32_t productID, char *buffer, uint32_t *size) noexcept { return cf::pathByProductAndType(productID, cf::kInstallKind, buffer, size); }
+int32_t SMExpandQvInstallPathString(const char *input, char *buffer, uint32_t *size) noexcept { return cf::expandInstallPath(input, buffer, size); }
+int32_t SMProductSIDToID(const char *shortName) noexcept { return cf::productSidToId(shortName); }
+char *SMProductIDToSID(int32_t productID) noexcept { return cf::productIdToSid(productID); }
+
+int32_t SMReadINIPathFileValue(const char *section, const char *key, uint32_t type, void *value, uint32_t *size, const void *defaultValue, uint32_t defaultSize, const char *path, int16_t lockWait) noexcept { return cf::readValue(section, key, type, value, size, defaultValue, defaultSize, path, lockWait); }
+int32_t SMWriteINIPathFileValue(const char *section, const char *key, uint32_t type, const void *value, uint32_t size, const char *path, int16_t lockWait) noexcept { return cf::writeValue(section, key, type, value, size, path, lockWait); }
+int32_t SMReadINIFileValue(const char *section, const char *key, uint32_t type, void *value, uint32_t *size, const void *defaultValue, uint32_t defaultSize, const char *fileName, int16_t lockWait) noexcept { return cf::readNamedValue(section, key, type, value, size, defaultValue, defaultSize, fileName, lockWait); }
+int32_t SMWriteINIFileValue(const char *section, const char *key, uint32_t type, const void *value, uint32_t size, const char *fileName, int16_t lockWait) noexcept { return cf::writeNamedValue(section, key, type, value, size, fileName, lockWait); }
+char *SMReadINISectionKeyUTF8Value(const char *section, const char *key, const char *defaultValue, uint32_t *size, const char *path, int16_t lockWait) noexcept { return cf::readText(section, key, defaultValue, size, path, lockWait); }
+uint32_t SMReadINIEnums32Value(const char *section, const char *key, const SMEnumRow *rows, uint32_t count, int32_t multi, const char *path, int16_t lockWait) noexcept { return cf::readEnum(section, key, rows, count, multi, path, lockWait); }
+
+}  // extern "C"
+// clang-format on
