@@ -1,7 +1,6 @@
 #include "config/ini_values.h"
 
 #include <cctype>
-#include <cstdarg>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -22,14 +21,12 @@ struct Release {
     void operator()(void *p) const noexcept { frame::release(p); }
 };
 
-std::string formatted(const char *format, ...)
+// Large enough for "%.8f" of any double.
+template <class... Values>
+std::string formatted(const char *format, Values... values)
 {
-    // Large enough for "%.8f" of any double.
     char text[400];
-    va_list args;
-    va_start(args, format);
-    format::formatArguments(text, sizeof text, format, args);
-    va_end(args);
+    format::formatText(text, sizeof text, format, values...);
     return text;
 }
 
