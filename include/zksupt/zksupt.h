@@ -11,6 +11,7 @@
 #include <zksupt/digest.h>
 #include <zksupt/file.h>
 #include <zksupt/sdo.h>
+#include <zksupt/xlt.h>
 #include <zksupt/net.h>
 
 #endif /* ZKSUPT_ZKSUPT_H */
