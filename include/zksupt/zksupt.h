@@ -13,5 +13,6 @@
 #include <zksupt/sdo.h>
 #include <zksupt/xlt.h>
 #include <zksupt/net.h>
+#include <zksupt/xml.h>
 
 #endif /* ZKSUPT_ZKSUPT_H */
