@@ -24,6 +24,12 @@ ZKSUPT_API int32_t SMGetSizeOfFile(const char *path, uint32_t *size) ZKSUPT_NOEX
 ZKSUPT_API int32_t SMDeleteFile(const char *path) ZKSUPT_NOEXCEPT;
 /* Writes a free 8-character file name of directory into name (*size >= 9, else 0x10) and sets *size to 9. */
 ZKSUPT_API int32_t SMGetTmpFile(const char *directory, char *name, uint32_t *size) ZKSUPT_NOEXCEPT;
+/* Separated values: a new copy of text with every `from` replaced by `to`, followed by one more
+ * `to` and a NUL. With to = 0 the copy is the pieces of text between the separators as consecutive
+ * NUL-terminated strings closed by an empty one ("a,b" gives "a\0b\0\0"); pieces are not trimmed.
+ * *size (may be null) receives the copy's bytes, both closing characters included. Free the copy
+ * with SMFreeMem; null when text is null or memory runs out. */
+ZKSUPT_API char *SMUTF8ConvertXSVToYSV(const char *text, uint32_t *size, char from, char to) ZKSUPT_NOEXCEPT;
 
 ZKSUPT_END_DECLS
 

@@ -11,7 +11,9 @@
 #include <zksupt/digest.h>
 #include <zksupt/file.h>
 #include <zksupt/sdo.h>
+#include <zksupt/xlt.h>
 #include <zksupt/net.h>
 #include <zksupt/config.h>
+#include <zksupt/xml.h>
 
 #endif /* ZKSUPT_ZKSUPT_H */

@@ -2,6 +2,7 @@
 #include <zksupt/file.h>
 
 #include "file/operations.h"
+#include "file/separated_text.h"
 
 namespace fi = zksupt::file;
 
@@ -17,6 +18,7 @@ int32_t SMRmDir(const char *path) noexcept { return fi::removeDirectory(path); }
 int32_t SMGetSizeOfFile(const char *path, uint32_t *size) noexcept { return fi::sizeOfFile(path, size); }
 int32_t SMDeleteFile(const char *path) noexcept { return fi::deleteFile(path); }
 int32_t SMGetTmpFile(const char *directory, char *name, uint32_t *size) noexcept { return fi::temporaryName(directory, name, size); }
+char *SMUTF8ConvertXSVToYSV(const char *text, uint32_t *size, char from, char to) noexcept { return fi::convertSeparators(text, size, from, to); }
 
 }  // extern "C"
 // clang-format on

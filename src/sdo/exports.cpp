@@ -1,8 +1,11 @@
 // Exported entries of the SDO: the configuration object and its binary forms.
 #include <zksupt/sdo.h>
+#include <zksupt/xlt.h>
 
 #include "sdo/binary.h"
 #include "sdo/config.h"
+#include "sdo/nvp.h"
+#include "sdo/type_text.h"
 
 namespace sdo = zksupt::sdo;
 
@@ -35,6 +38,17 @@ int32_t SMSDOBinaryArrayAddData(void *array, uint32_t *capacity, const void *bin
 int32_t SMSDOBinaryArrayGetByIndex(const void *array, uint32_t /*arraySize*/, uint32_t index, void *out, uint32_t *size) noexcept { return sdo::arrayGetByIndex(array, index, out, size); }
 int32_t SMSDOConfigArrayToBinaryArray(SDOConfig *const *configs, uint32_t n, void *out, uint32_t *size) noexcept { return sdo::configsToBinaryArray(configs, n, out, size); }
 int32_t SMSDOBinaryArrayToConfigArray(const void *array, SDOConfig **configs, uint32_t *count) noexcept { return sdo::binaryArrayToConfigs(array, configs, count); }
+
+int32_t SMXLTUTF8ToTypeValue(const char *text, void *buffer, uint32_t *size, uint32_t type) noexcept { return sdo::textToTypeValue(text, buffer, size, type); }
+int32_t SMXLTTypeValueToUTF8(const void *value, uint32_t valueSize, char *text, uint32_t *size, uint32_t type) noexcept { return sdo::typeValueToText(value, valueSize, text, size, type); }
+
+char *SMNVPGetUTF8ParamName(char *param) noexcept { return sdo::paramName(param); }
+char *SMNVPGetUTF8ParamValue(char *param) noexcept { return sdo::paramValue(param); }
+int32_t SMIsValidParam(const char *param) noexcept { return sdo::isValidParam(param); }
+int32_t SMNVPGetParamIndexByUTF8Name(int32_t n, char **params, const char *name, int32_t ignoreCase) noexcept { return sdo::paramIndex(n, params, name, ignoreCase); }
+char *SMNVPGetUTF8ParamValueByUTF8Name(int32_t n, char **params, const char *name, int32_t ignoreCase) noexcept { return sdo::paramValueByName(n, params, name, ignoreCase); }
+int32_t SMNVPUTF8ToTypeValue(int32_t n, char **params, const char *name, int32_t ignoreCase, void *buffer, uint32_t *size, uint32_t type) noexcept { return sdo::paramToTypeValue(n, params, name, ignoreCase, buffer, size, type); }
+uint32_t SMNVPGetEnums32Value(int32_t n, char **params, const char *name, int32_t ignoreCase, const SMNVPEnumRow *table, uint32_t rows, int32_t multiple) noexcept { return sdo::paramEnumValue(n, params, name, ignoreCase, table, rows, multiple); }
 
 }  // extern "C"
 // clang-format on

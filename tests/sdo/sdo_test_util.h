@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -53,6 +54,15 @@ inline Bytes serialise(const SDOConfig *config, int32_t expected = 0)
 inline void add(SDOConfig *config, uint16_t id, uint8_t type, const Bytes &value, int32_t replace = 0)
 {
     ASSERT_EQ(SMSDOConfigAddData(config, id, type, value.data(), static_cast<uint32_t>(value.size()), replace), 0);
+}
+
+// The bytes of a value in host order.
+template <class T>
+Bytes of(T v)
+{
+    Bytes b(sizeof v);
+    std::memcpy(b.data(), &v, sizeof v);
+    return b;
 }
 
 }  // namespace zksupt::test

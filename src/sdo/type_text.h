@@ -1,0 +1,34 @@
+// Typed values as text and back (the value-type codes 0-16 and their format
+// flags), shared by the name-value parameters and the XML writer.
+#pragma once
+
+#include <cstdint>
+
+namespace zksupt::sdo {
+
+// The value-type codes whose handling differs.
+inline constexpr uint32_t kTypeBoolean = 0;
+inline constexpr uint32_t kTypeTime = 11;
+inline constexpr uint32_t kTypeBytes = 12;
+inline constexpr uint32_t kTypeUtf8 = 13;
+inline constexpr uint32_t kTypeUcs2 = 14;
+inline constexpr uint32_t kTypeIpv4 = 15;
+inline constexpr uint32_t kTypeHexBytes = 16;
+inline constexpr uint32_t kLastTypeCode = 16;
+
+// Format flags (bits 8-15 of the type word).
+inline constexpr uint32_t kFlagBinary = 0x100;
+inline constexpr uint32_t kFlagOctal = 0x200;
+inline constexpr uint32_t kFlagDecimal = 0x300;
+inline constexpr uint32_t kFlagHex = 0x400;
+
+// SMXLTUTF8ToTypeValue: checks in the order null pointers, type code,
+// capacity, text. *size ends holding the size the type needs (or produced).
+int32_t textToTypeValue(const char *text, void *buffer, uint32_t *size, uint32_t type) noexcept;
+
+// SMXLTTypeValueToUTF8: valueSize must cover the type's width (0x10F);
+// *size below the type's minimum gives 0x10 with the minimum (or the exact
+// need for the variable forms) stored.
+int32_t typeValueToText(const void *value, uint32_t valueSize, char *text, uint32_t *size, uint32_t type) noexcept;
+
+}  // namespace zksupt::sdo
