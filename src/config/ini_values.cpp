@@ -10,6 +10,7 @@
 #include "config/ini.h"
 #include "format/engine.h"
 #include "frame/memory.h"
+#include "frame/unaligned.h"
 #include "text/helpers.h"
 
 namespace zksupt::config {
@@ -30,13 +31,6 @@ std::string formatted(const char *format, Values... values)
     return text;
 }
 
-template <class T>
-T load(const void *value) noexcept
-{
-    T v;
-    std::memcpy(&v, value, sizeof v);
-    return v;
-}
 
 template <class T>
 void store(void *value, uint32_t *size, T v) noexcept
@@ -120,24 +114,24 @@ int32_t encodeIniValue(uint32_t type, const void *value, uint32_t size, std::str
     char digits[24];
     switch (type) {
     case kIniBoolean:
-        text = load<uint16_t>(value) == 1 ? "TRUE" : "FALSE";
+        text = frame::loadAs<uint16_t>(value) == 1 ? "TRUE" : "FALSE";
         break;
     case kIniUint32:
-        text = formatted("%lu", load<uint32_t>(value));
+        text = formatted("%lu", frame::loadAs<uint32_t>(value));
         break;
     case kIniInt32:
-        text = formatted("%ld", load<int32_t>(value));
+        text = formatted("%ld", frame::loadAs<int32_t>(value));
         break;
     case kIniUint64:
-        text::uint64ToDecimal(digits, load<uint64_t>(value));
+        text::uint64ToDecimal(digits, frame::loadAs<uint64_t>(value));
         text = digits;
         break;
     case kIniInt64:
-        text::int64ToDecimal(digits, load<int64_t>(value));
+        text::int64ToDecimal(digits, frame::loadAs<int64_t>(value));
         text = digits;
         break;
     default:
-        text = formatted("%.8f", load<double>(value));
+        text = formatted("%.8f", frame::loadAs<double>(value));
         break;
     }
     return SM_STATUS_SUCCESS;

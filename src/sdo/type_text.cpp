@@ -13,6 +13,7 @@
 
 #include "format/engine.h"
 #include "frame/memory.h"
+#include "frame/unaligned.h"
 #include "net/address_text.h"
 #include "text/convert.h"
 #include "text/helpers.h"
@@ -261,23 +262,16 @@ int32_t deliver(const char *produced, std::size_t length, char *text, uint32_t *
     return SM_STATUS_SUCCESS;
 }
 
-template <class T>
-T load(const void *value) noexcept
-{
-    T v;
-    std::memcpy(&v, value, sizeof v);
-    return v;
-}
 
 // Codes 1-3 sign-extended, 5-7 zero-extended, as 32 bits.
 uint32_t load32(const void *value, uint32_t code) noexcept
 {
     switch (code) {
-    case 1: return static_cast<uint32_t>(static_cast<int32_t>(load<int8_t>(value)));
-    case 2: return static_cast<uint32_t>(static_cast<int32_t>(load<int16_t>(value)));
-    case 5: return load<uint8_t>(value);
-    case 6: return load<uint16_t>(value);
-    default: return load<uint32_t>(value);
+    case 1: return static_cast<uint32_t>(static_cast<int32_t>(frame::loadAs<int8_t>(value)));
+    case 2: return static_cast<uint32_t>(static_cast<int32_t>(frame::loadAs<int16_t>(value)));
+    case 5: return frame::loadAs<uint8_t>(value);
+    case 6: return frame::loadAs<uint16_t>(value);
+    default: return frame::loadAs<uint32_t>(value);
     }
 }
 
@@ -307,7 +301,7 @@ void integerText(uint32_t bits, uint32_t code, uint32_t flag, char *work) noexce
 uint32_t minimumCapacity(uint32_t code, uint32_t flag, const void *value) noexcept
 {
     switch (code) {
-    case kTypeBoolean: return load<uint16_t>(value) == 1 ? 5 : 6;
+    case kTypeBoolean: return frame::loadAs<uint16_t>(value) == 1 ? 5 : 6;
     case 1: case 2: case 3: return flag == kFlagBinary ? 33 : 17;
     case 5: case 6: case 7: return flag == kFlagBinary ? 33 : 16;
     case 4: return 33;
@@ -324,24 +318,24 @@ int32_t formatFixed(const void *value, char *text, uint32_t *size, uint32_t code
     char work[330];
     switch (code) {
     case kTypeBoolean:
-        return deliver(load<uint16_t>(value) == 1 ? "true" : "false", load<uint16_t>(value) == 1 ? 4 : 5, text, size);
+        return deliver(frame::loadAs<uint16_t>(value) == 1 ? "true" : "false", frame::loadAs<uint16_t>(value) == 1 ? 4 : 5, text, size);
     case 4:
-        text::int64ToDecimal(work, load<int64_t>(value));
+        text::int64ToDecimal(work, frame::loadAs<int64_t>(value));
         break;
     case 8:
-        text::uint64ToDecimal(work, load<uint64_t>(value));
+        text::uint64ToDecimal(work, frame::loadAs<uint64_t>(value));
         break;
     case 9:
-        text::doubleToText(work, sizeof work, load<double>(value));
+        text::doubleToText(work, sizeof work, frame::loadAs<double>(value));
         break;
     case 10: {
-        const uint32_t id = load<uint32_t>(value);
+        const uint32_t id = frame::loadAs<uint32_t>(value);
         const auto *it = std::find_if(kLocales.begin(), kLocales.end(), [id](const Locale &l) { return l.code == id; });
         const std::string_view name = it == kLocales.end() ? kLocales[2].name : it->name;
         return deliver(name.data(), name.size(), text, size);
     }
     case kTypeTime: {
-        const time_t t = load<int32_t>(value);
+        const time_t t = frame::loadAs<int32_t>(value);
         if (text::timeToText(&t, work, sizeof work) != 0)
             return SM_STATUS_FAILURE;
         break;
@@ -373,7 +367,7 @@ int32_t formatVariable(const void *value, uint32_t valueSize, char *text, uint32
         return text::ucs2ToUtf8(text, size, units);
     }
     if (code == kTypeIpv4)
-        return net::ipv4ToText(load<uint32_t>(value), text, size);
+        return net::ipv4ToText(frame::loadAs<uint32_t>(value), text, size);
     if (code == kTypeHexBytes && valueSize > kHexBytesLimit)
         return SM_STATUS_FAILURE;
     uint32_t length = valueSize;
