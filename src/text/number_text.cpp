@@ -30,8 +30,7 @@ bool isDecimalDigit(char c) noexcept
 }
 
 // Digits of s from its start, counted while accept holds.
-template <class Accept>
-std::size_t digitRun(const char *s, Accept accept) noexcept
+template <class Accept> std::size_t digitRun(const char *s, Accept accept) noexcept
 {
     std::size_t n = 0;
     while (accept(s[n]))
@@ -68,6 +67,15 @@ bool passesCheck(const char *text, uint32_t format, std::size_t maxHexDigits) no
     default:
         return false;
     }
+}
+
+// passesCheck, reported through status: 0 when the text may be converted,
+// 0x10F when it may not.
+bool accepted(const char *text, uint32_t format, std::size_t maxHexDigits, uint32_t *status) noexcept
+{
+    const bool passes = passesCheck(text, format, maxHexDigits);
+    setStatus(status, passes ? 0 : kInvalid);
+    return passes;
 }
 
 struct Reading {
@@ -199,8 +207,8 @@ int32_t timeToText(const time_t *t, char *dst, uint32_t size) noexcept
     static constexpr char kMonths[] = "JanFebMarAprMayJunJulAugSepOctNovDec";
     char text[32];
     format::formatText(text, sizeof text, "%.3s %.3s%3d %.2d:%.2d:%.2d %d", kDays + 3 * local.tm_wday,
-               kMonths + 3 * local.tm_mon, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec,
-               local.tm_year + 1900);
+                       kMonths + 3 * local.tm_mon, local.tm_mday, local.tm_hour, local.tm_min, local.tm_sec,
+                       local.tm_year + 1900);
     const std::size_t n = std::min<std::size_t>(std::strlen(text), size - 1);
     std::memcpy(dst, text, n);
     dst[n] = '\0';
@@ -224,11 +232,8 @@ int32_t doubleToText(char *dst, uint32_t size, double value) noexcept
 
 int32_t textToInt32(const char *text, uint32_t format, uint32_t *status) noexcept
 {
-    if (!passesCheck(text, format, 8)) {
-        setStatus(status, kInvalid);
+    if (!accepted(text, format, 8, status))
         return 0;
-    }
-    setStatus(status, 0);
     const Reading r = readChecked(text, format);
     if (r.negative)
         return r.magnitude > uint64_t{1} << 31 ? INT32_MIN : static_cast<int32_t>(0 - r.magnitude);
@@ -237,11 +242,8 @@ int32_t textToInt32(const char *text, uint32_t format, uint32_t *status) noexcep
 
 uint32_t textToUint32(const char *text, uint32_t format, uint32_t *status) noexcept
 {
-    if (!passesCheck(text, format, 8)) {
-        setStatus(status, kInvalid);
+    if (!accepted(text, format, 8, status))
         return 0;
-    }
-    setStatus(status, 0);
     const Reading r = readChecked(text, format);
     if (r.magnitude > UINT32_MAX)
         return UINT32_MAX;
@@ -255,11 +257,8 @@ int64_t textToInt64(const char *text, uint32_t format, uint32_t *status) noexcep
         setStatus(status, kUnsupported);
         return 0;
     }
-    if (!passesCheck(text, format, 16)) {
-        setStatus(status, kInvalid);
+    if (!accepted(text, format, 16, status))
         return 0;
-    }
-    setStatus(status, 0);
     return decimalToInt64(text);
 }
 
@@ -269,15 +268,11 @@ uint64_t textToUint64(const char *text, uint32_t format, uint32_t *status) noexc
         setStatus(status, kUnsupported);
         return 0;
     }
-    if (!passesCheck(text, format, 16)) {
-        setStatus(status, kInvalid);
+    if (!accepted(text, format, 16, status))
         return 0;
-    }
-    setStatus(status, 0);
     if (format != kNumberHex)
         return decimalToUint64(text);
-    // At most 16 digits: read as a low word of the last 8 and a high word of
-    // those before, they make exactly the value of all the digits.
+    // The check allows at most 16 digits, so the value fits in one pass.
     uint64_t value = 0;
     for (const char *digit = skipHexPrefix(text); *digit != '\0'; ++digit)
         value = value << 4 | static_cast<uint64_t>(hexDigitValue(*digit));
