@@ -4,8 +4,9 @@
 // is faster; targets: integers 1.0, floating point 1.2).
 #include <benchmark/benchmark.h>
 
+#include "ratio_reporter.h"
+
 #include <cstdio>
-#include <map>
 #include <string>
 
 #include <zksupt/format.h>
@@ -15,8 +16,7 @@ namespace {
 constexpr uint32_t kRoom = 160;
 
 // Twelve integer directives in four calls: widths, precisions, flags, bases.
-template <class Print>
-void integerMix(Print print, char *out)
+template <class Print> void integerMix(Print print, char *out)
 {
     print(out, kRoom, "%d|%u|%x", -12345, 4000000000u, 0xBEEFu);
     print(out, kRoom, "%5d %-8.3d %08X", 42, -7, 0xABCDu);
@@ -25,8 +25,7 @@ void integerMix(Print print, char *out)
 }
 
 // Twelve floating directives in four calls.
-template <class Print>
-void floatingMix(Print print, char *out)
+template <class Print> void floatingMix(Print print, char *out)
 {
     print(out, kRoom, "%f|%.3f|%.10f", 3.14159265358979, -2.5e-3, 12345.6789);
     print(out, kRoom, "%#e|%.3E|%#.12e", 6.02214076e23, -1.602e-19, 0.1);
@@ -41,8 +40,7 @@ constexpr auto kGlibc = [](char *out, uint32_t size, const char *format, auto...
     benchmark::DoNotOptimize(std::snprintf(out, size, format, args...));
 };
 
-template <auto Mix, auto Print>
-void run(benchmark::State &state)
+template <auto Mix, auto Print> void run(benchmark::State &state)
 {
     char out[kRoom];
     for (auto _ : state) {
@@ -51,50 +49,31 @@ void run(benchmark::State &state)
     }
 }
 
-void Integers_Engine(benchmark::State &state) { run<integerMix<decltype(kEngine)>, kEngine>(state); }
-void Integers_Glibc(benchmark::State &state) { run<integerMix<decltype(kGlibc)>, kGlibc>(state); }
-void Floating_Engine(benchmark::State &state) { run<floatingMix<decltype(kEngine)>, kEngine>(state); }
-void Floating_Glibc(benchmark::State &state) { run<floatingMix<decltype(kGlibc)>, kGlibc>(state); }
+void Integers_Engine(benchmark::State &state)
+{
+    run<integerMix<decltype(kEngine)>, kEngine>(state);
+}
+void Integers_Glibc(benchmark::State &state)
+{
+    run<integerMix<decltype(kGlibc)>, kGlibc>(state);
+}
+void Floating_Engine(benchmark::State &state)
+{
+    run<floatingMix<decltype(kEngine)>, kEngine>(state);
+}
+void Floating_Glibc(benchmark::State &state)
+{
+    run<floatingMix<decltype(kGlibc)>, kGlibc>(state);
+}
 
 BENCHMARK(Integers_Engine);
 BENCHMARK(Integers_Glibc);
 BENCHMARK(Floating_Engine);
 BENCHMARK(Floating_Glibc);
 
-// The console table, then each engine time over its glibc twin's.
-class Ratios : public benchmark::ConsoleReporter {
-  public:
-    void ReportRuns(const std::vector<Run> &runs) override
-    {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run &run : runs)
-            if (!run.error_occurred && run.run_type == Run::RT_Iteration)
-                cpu_[run.benchmark_name()] = run.GetAdjustedCPUTime();
-    }
-    void Finalize() override
-    {
-        ConsoleReporter::Finalize();
-        std::printf("\nCPU time SMsnprintf / glibc snprintf:\n");
-        for (const char *mix : {"Integers", "Floating"}) {
-            const std::string name = mix;
-            if (cpu_.count(name + "_Engine") != 0 && cpu_.count(name + "_Glibc") != 0)
-                std::printf("  %-9s %.3f\n", mix, cpu_[name + "_Engine"] / cpu_[name + "_Glibc"]);
-        }
-    }
-
-  private:
-    std::map<std::string, double> cpu_;
-};
-
 }  // namespace
 
 int main(int argc, char **argv)
 {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    Ratios reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    benchmark::Shutdown();
-    return 0;
+    return zksupt::bench::runWithRatios(argc, argv, "Engine", "Glibc", "CPU time SMsnprintf / glibc snprintf:");
 }

@@ -4,10 +4,10 @@
 // rather than wall time, so that other load on the machine counts less.
 #include <benchmark/benchmark.h>
 
+#include "ratio_reporter.h"
+
 #include <iconv.h>
 
-#include <cstdio>
-#include <map>
 #include <random>
 #include <string>
 #include <vector>
@@ -134,43 +134,10 @@ BENCHMARK(Utf8ToUcs2_Iconv)->ArgName("mixed")->Arg(0)->Arg(1)->Unit(benchmark::k
 BENCHMARK(Ucs2ToUtf8_Library)->ArgName("mixed")->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond);
 BENCHMARK(Ucs2ToUtf8_Iconv)->ArgName("mixed")->Arg(0)->Arg(1)->Unit(benchmark::kMicrosecond);
 
-// The console table, then each library time over its iconv twin's.
-class RatioReporter : public benchmark::ConsoleReporter {
-  public:
-    void ReportRuns(const std::vector<Run> &runs) override
-    {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run &run : runs)
-            if (!run.error_occurred && run.run_type == Run::RT_Iteration)
-                times_[run.benchmark_name()] = run.GetAdjustedCPUTime();
-    }
-    void Finalize() override
-    {
-        ConsoleReporter::Finalize();
-        std::printf("\nCPU time ratio library / iconv (target <= 1.0):\n");
-        for (const auto &[name, time] : times_) {
-            const std::size_t at = name.find("_Library");
-            if (at == std::string::npos)
-                continue;
-            const auto peer = times_.find(name.substr(0, at) + "_Iconv" + name.substr(at + 8));
-            if (peer != times_.end())
-                std::printf("  %-34s %.3f\n", name.c_str(), time / peer->second);
-        }
-    }
-
-  private:
-    std::map<std::string, double> times_;
-};
-
 }  // namespace
 
 int main(int argc, char **argv)
 {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    benchmark::Shutdown();
-    return 0;
+    return zksupt::bench::runWithRatios(argc, argv, "Library", "Iconv",
+                                        "CPU time ratio library / iconv (target <= 1.0):");
 }

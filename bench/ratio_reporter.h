@@ -1,0 +1,61 @@
+// The console output of Google Benchmark, followed by the ratio of our CPU
+// time to the peer's for every pair of benchmarks named "<what>_<ours>..."
+// and "<what>_<peer>..." (the rest of the names equal).
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <cstdio>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace zksupt::bench {
+
+class RatioReporter : public benchmark::ConsoleReporter {
+  public:
+    RatioReporter(std::string ours, std::string peer, std::string title)
+        : ours_("_" + std::move(ours)), peer_("_" + std::move(peer)), title_(std::move(title))
+    {
+    }
+
+    void ReportRuns(const std::vector<Run> &runs) override
+    {
+        ConsoleReporter::ReportRuns(runs);
+        for (const Run &run : runs)
+            if (!run.error_occurred && run.run_type == Run::RT_Iteration)
+                times_[run.benchmark_name()] = run.GetAdjustedCPUTime();
+    }
+
+    void Finalize() override
+    {
+        ConsoleReporter::Finalize();
+        std::printf("\n%s\n", title_.c_str());
+        for (const auto &[name, time] : times_) {
+            const std::size_t at = name.find(ours_);
+            if (at == std::string::npos)
+                continue;
+            const auto peer = times_.find(name.substr(0, at) + peer_ + name.substr(at + ours_.size()));
+            if (peer != times_.end())
+                std::printf("  %-34s %.3f\n", name.c_str(), time / peer->second);
+        }
+    }
+
+  private:
+    std::string ours_, peer_, title_;
+    std::map<std::string, double> times_;
+};
+
+// A benchmark program's main, reporting through a RatioReporter.
+inline int runWithRatios(int argc, char **argv, const char *ours, const char *peer, const char *title)
+{
+    benchmark::Initialize(&argc, argv);
+    if (benchmark::ReportUnrecognizedArguments(argc, argv))
+        return 1;
+    RatioReporter reporter(ours, peer, title);
+    benchmark::RunSpecifiedBenchmarks(&reporter);
+    benchmark::Shutdown();
+    return 0;
+}
+
+}  // namespace zksupt::bench
