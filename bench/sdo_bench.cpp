@@ -67,8 +67,7 @@ double memcpyNanoseconds(size_t n)
 
 // Runs body once per iteration and reports bytes per second and the ratio
 // of its time to memcpy's for the same size.
-template <class Body>
-void measure(benchmark::State &state, size_t bytes, Body body)
+template <class Body> void measure(benchmark::State &state, size_t bytes, Body body)
 {
     const double copy = memcpyNanoseconds(bytes);
     const auto start = Clock::now();

@@ -83,8 +83,8 @@ int main(int argc, char **argv)
         fprintf(stderr, "service: built for interface 1, found %u\n", (unsigned)SUPTGetMajorVersion());
         return 1;
     }
-    printf("libzksupt interface %u.%u revision %u\n", (unsigned)SUPTGetMajorVersion(),
-           (unsigned)SUPTGetMinorVersion(), (unsigned)SUPTGetRevision());
+    printf("libzksupt interface %u.%u revision %u\n", (unsigned)SUPTGetMajorVersion(), (unsigned)SUPTGetMinorVersion(),
+           (unsigned)SUPTGetRevision());
 
     state = describe("Node Steward sample service \xE2\x98\xBA", 1500, 3);
     if (state == NULL) {
@@ -115,8 +115,7 @@ int main(int argc, char **argv)
         SMBase64Encode(base64, padded, size, NULL);
     }
 
-    length = SMsnprintf(report, sizeof report,
-                        "state: %u entries, %u bytes\ncrc32: %08X\nmd5: %s\nbinary: %s\n",
+    length = SMsnprintf(report, sizeof report, "state: %u entries, %u bytes\ncrc32: %08X\nmd5: %s\nbinary: %s\n",
                         (unsigned)SMSDOConfigGetCount(state), (unsigned)size, SMCRC32Compute_vn(binary, size), digest,
                         base64);
     fputs(report, stdout);

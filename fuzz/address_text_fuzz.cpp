@@ -37,7 +37,8 @@ void roundTrip(uint32_t family, const char *text)
     uint32_t length = sizeof written;
     check(nt::inetToText(family, bytes, size, written, &length) == 0 && length == std::strlen(written) + 1);
     uint32_t sizeAgain = sizeof again;
-    check(nt::inetFromText(family, written, again, &sizeAgain) == 0 && sizeAgain == size && std::memcmp(bytes, again, size) == 0);
+    check(nt::inetFromText(family, written, again, &sizeAgain) == 0 && sizeAgain == size &&
+          std::memcmp(bytes, again, size) == 0);
 }
 
 }  // namespace

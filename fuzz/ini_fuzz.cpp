@@ -124,8 +124,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     const std::string before(reinterpret_cast<const char *>(data), size);
     for (const char *key : {"fuzzkey", static_cast<const char *>(nullptr)}) {
         store(path, data, size);
-        const int32_t status = cf::writeValue("a", key, 1, key != nullptr ? "v" : nullptr, key != nullptr ? 2 : 0,
-                                              path.c_str(), 1);
+        const int32_t status =
+            cf::writeValue("a", key, 1, key != nullptr ? "v" : nullptr, key != nullptr ? 2 : 0, path.c_str(), 1);
         if (status != 0)
             check(load(path) == before);
     }

@@ -16,8 +16,7 @@ namespace tx = zksupt::text;
 struct Free {
     void operator()(void *p) const noexcept { std::free(p); }
 };
-template <class T>
-using Heap = std::unique_ptr<T, Free>;
+template <class T> using Heap = std::unique_ptr<T, Free>;
 
 void check(bool condition)
 {
@@ -26,8 +25,7 @@ void check(bool condition)
 }
 
 // Bytes made into text by make, parsed back by parse: the same bytes.
-template <class Make, class Parse>
-void roundTrip(const uint8_t *bytes, uint32_t count, Make make, Parse parse)
+template <class Make, class Parse> void roundTrip(const uint8_t *bytes, uint32_t count, Make make, Parse parse)
 {
     uint32_t len = count;
     Heap<char> text(make(bytes, &len));

@@ -13,8 +13,10 @@ typedef struct SMEnumRow {
     uint32_t reserved;
 } SMEnumRow;
 
-/* Copies the directory of a path kind (2 install, 4 var-data, 8 log, 16 config tool, 32 install, 64 ini, 128 bin) of a product; *size in/out. */
-ZKSUPT_API int32_t SMGetPathByProductIDandType(int32_t productID, uint32_t kind, char *buffer, uint32_t *size) ZKSUPT_NOEXCEPT;
+/* Copies the directory of a path kind (2 install, 4 var-data, 8 log, 16 config tool, 32 install, 64 ini, 128 bin) of a
+ * product; *size in/out. */
+ZKSUPT_API int32_t SMGetPathByProductIDandType(int32_t productID, uint32_t kind, char *buffer,
+                                               uint32_t *size) ZKSUPT_NOEXCEPT;
 /* Copies the install path of product 35; *size in/out. */
 ZKSUPT_API int32_t SMGetInstallPath(char *buffer, uint32_t *size) ZKSUPT_NOEXCEPT;
 /* Copies the install path of a product; *size in/out. */
@@ -27,17 +29,27 @@ ZKSUPT_API int32_t SMProductSIDToID(const char *shortName) ZKSUPT_NOEXCEPT;
 ZKSUPT_API char *SMProductIDToSID(int32_t productID) ZKSUPT_NOEXCEPT;
 
 /* Reads one value of a type (1-9) from the INI file at path; type 1 with a null section or key lists names. */
-ZKSUPT_API int32_t SMReadINIPathFileValue(const char *section, const char *key, uint32_t type, void *value, uint32_t *size, const void *defaultValue, uint32_t defaultSize, const char *path, int16_t lockWait) ZKSUPT_NOEXCEPT;
+ZKSUPT_API int32_t SMReadINIPathFileValue(const char *section, const char *key, uint32_t type, void *value,
+                                          uint32_t *size, const void *defaultValue, uint32_t defaultSize,
+                                          const char *path, int16_t lockWait) ZKSUPT_NOEXCEPT;
 /* Writes, replaces or deletes (null value, size 0) one value, or deletes a section (type 1, null key). */
-ZKSUPT_API int32_t SMWriteINIPathFileValue(const char *section, const char *key, uint32_t type, const void *value, uint32_t size, const char *path, int16_t lockWait) ZKSUPT_NOEXCEPT;
+ZKSUPT_API int32_t SMWriteINIPathFileValue(const char *section, const char *key, uint32_t type, const void *value,
+                                           uint32_t size, const char *path, int16_t lockWait) ZKSUPT_NOEXCEPT;
 /* As SMReadINIPathFileValue on a bare file name in the "ini" directory of product 35's ini path. */
-ZKSUPT_API int32_t SMReadINIFileValue(const char *section, const char *key, uint32_t type, void *value, uint32_t *size, const void *defaultValue, uint32_t defaultSize, const char *fileName, int16_t lockWait) ZKSUPT_NOEXCEPT;
+ZKSUPT_API int32_t SMReadINIFileValue(const char *section, const char *key, uint32_t type, void *value, uint32_t *size,
+                                      const void *defaultValue, uint32_t defaultSize, const char *fileName,
+                                      int16_t lockWait) ZKSUPT_NOEXCEPT;
 /* As SMWriteINIPathFileValue on a bare file name in the "ini" directory of product 35's ini path. */
-ZKSUPT_API int32_t SMWriteINIFileValue(const char *section, const char *key, uint32_t type, const void *value, uint32_t size, const char *fileName, int16_t lockWait) ZKSUPT_NOEXCEPT;
-/* A new copy of a text value (free with SMFreeMem), or of the default; null otherwise; *size (may be null) its size or 0. */
-ZKSUPT_API char *SMReadINISectionKeyUTF8Value(const char *section, const char *key, const char *defaultValue, uint32_t *size, const char *path, int16_t lockWait) ZKSUPT_NOEXCEPT;
-/* The value of the table row a text value names (multi 1: comma-separated words OR-ed); 0x80000000 for bad arguments. */
-ZKSUPT_API uint32_t SMReadINIEnums32Value(const char *section, const char *key, const SMEnumRow *rows, uint32_t count, int32_t multi, const char *path, int16_t lockWait) ZKSUPT_NOEXCEPT;
+ZKSUPT_API int32_t SMWriteINIFileValue(const char *section, const char *key, uint32_t type, const void *value,
+                                       uint32_t size, const char *fileName, int16_t lockWait) ZKSUPT_NOEXCEPT;
+/* A new copy of a text value (free with SMFreeMem), or of the default; null otherwise; *size (may be null) its size or
+ * 0. */
+ZKSUPT_API char *SMReadINISectionKeyUTF8Value(const char *section, const char *key, const char *defaultValue,
+                                              uint32_t *size, const char *path, int16_t lockWait) ZKSUPT_NOEXCEPT;
+/* The value of the table row a text value names (multi 1: comma-separated words OR-ed); 0x80000000 for bad arguments.
+ */
+ZKSUPT_API uint32_t SMReadINIEnums32Value(const char *section, const char *key, const SMEnumRow *rows, uint32_t count,
+                                          int32_t multi, const char *path, int16_t lockWait) ZKSUPT_NOEXCEPT;
 
 ZKSUPT_END_DECLS
 

@@ -139,9 +139,11 @@ ZKSUPT_API int32_t SMRedBlackTreeDataInsert(RedBlackTree *tree, void *data, void
 ZKSUPT_API void *SMRedBlackTreeDataReplace(RedBlackTree *tree, void *data, void *key,
                                            RedBlackTreeCallback compare) ZKSUPT_NOEXCEPT;
 /* Removes the node matching key (its data is not freed): 0, 0x100 no match, 0x10F null. */
-ZKSUPT_API int32_t SMRedBlackTreeDataDelete(RedBlackTree *tree, void *key, RedBlackTreeCallback compare) ZKSUPT_NOEXCEPT;
+ZKSUPT_API int32_t SMRedBlackTreeDataDelete(RedBlackTree *tree, void *key,
+                                            RedBlackTreeCallback compare) ZKSUPT_NOEXCEPT;
 /* Removes every node, children before parents and right before left, passing each data to release. */
-ZKSUPT_API void SMRedBlackTreeDelete(RedBlackTree *tree, void *context, RedBlackTreeFreeCallback release) ZKSUPT_NOEXCEPT;
+ZKSUPT_API void SMRedBlackTreeDelete(RedBlackTree *tree, void *context,
+                                     RedBlackTreeFreeCallback release) ZKSUPT_NOEXCEPT;
 /* Walks in order 0 (root), 1 (ascending), 2 (descending), 3 (guided) or 4 (guided, full);
  * returns the data where the callback gave 0, or null. */
 ZKSUPT_API void *SMRedBlackTreeDataWalk(const RedBlackTreeNode *root, void *context, RedBlackTreeCallback callback,

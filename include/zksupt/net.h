@@ -22,19 +22,26 @@ typedef struct SMInetAddrEntry {
 ZKSUPT_API int32_t SMGetIPHostName(char *buffer, uint32_t *size) ZKSUPT_NOEXCEPT;
 /* The host name (at most 63 bytes) as UCS-2, *size in bytes; a null buffer asks for the size. */
 ZKSUPT_API int32_t SMUCS2GetIPHostName(ucs2 *buffer, uint32_t *size) ZKSUPT_NOEXCEPT;
-/* The official host name's text after its first "." (0x10 when it does not fit, -1 when the lookup fails); *size always gets the size needed, so a null buffer asks for it. */
+/* The official host name's text after its first "." (0x10 when it does not fit, -1 when the lookup fails); *size always
+ * gets the size needed, so a null buffer asks for it. */
 ZKSUPT_API int32_t SMGetDNSSuffixNameName(char *buffer, uint32_t *size) ZKSUPT_NOEXCEPT;
 /* Dotted IPv4 text to the address in network order; octets with leading zeros read as decimal; -1 for bad text. */
 ZKSUPT_API int32_t SMIPAddrASCIIToNetwork(const char *text, uint32_t *address) ZKSUPT_NOEXCEPT;
 /* An IPv4 address in network order as dotted text; 0x10 and the size needed when it does not fit. */
 ZKSUPT_API int32_t SMIPAddrNetworkToASCII(uint32_t address, char *buffer, uint32_t *size) ZKSUPT_NOEXCEPT;
-/* Address text of family 1 or 2 to its 4 or 16 bytes in *size; 0x10F for a bad family or text, 0x10 when they do not fit. */
-ZKSUPT_API int32_t SMInetAddrUTF8ToNetwork(uint32_t family, const char *text, void *buffer, uint32_t *size) ZKSUPT_NOEXCEPT;
-/* 4 (family 1) or 16 (family 2) address bytes to text; 0x10F for a bad family or length, 0x10 and the size needed when it does not fit. */
-ZKSUPT_API int32_t SMInetAddrNetworkToUTF8(uint32_t family, const void *address, uint32_t length, char *buffer, uint32_t *size) ZKSUPT_NOEXCEPT;
-/* The IPv4 addresses of the running interfaces (not loopback or point-to-point); *count in: capacity, out: addresses found (0x10 when more than fit). */
+/* Address text of family 1 or 2 to its 4 or 16 bytes in *size; 0x10F for a bad family or text, 0x10 when they do not
+ * fit. */
+ZKSUPT_API int32_t SMInetAddrUTF8ToNetwork(uint32_t family, const char *text, void *buffer,
+                                           uint32_t *size) ZKSUPT_NOEXCEPT;
+/* 4 (family 1) or 16 (family 2) address bytes to text; 0x10F for a bad family or length, 0x10 and the size needed when
+ * it does not fit. */
+ZKSUPT_API int32_t SMInetAddrNetworkToUTF8(uint32_t family, const void *address, uint32_t length, char *buffer,
+                                           uint32_t *size) ZKSUPT_NOEXCEPT;
+/* The IPv4 addresses of the running interfaces (not loopback or point-to-point); *count in: capacity, out: addresses
+ * found (0x10 when more than fit). */
 ZKSUPT_API int32_t SMGetIPAddrStrList(SMInetAddrEntry *entries, uint32_t *count, uint32_t flags) ZKSUPT_NOEXCEPT;
-/* The IPv4 (selection 0 or 1) then IPv6 (0 or 2) addresses, IPv6 global, site-local, link-local; *count as for SMGetIPAddrStrList. */
+/* The IPv4 (selection 0 or 1) then IPv6 (0 or 2) addresses, IPv6 global, site-local, link-local; *count as for
+ * SMGetIPAddrStrList. */
 ZKSUPT_API int32_t SMGetInetAddrStrList(uint32_t selection, uint32_t *count, SMInetAddrEntry *entries) ZKSUPT_NOEXCEPT;
 
 ZKSUPT_END_DECLS

@@ -34,8 +34,8 @@ ZKSUPT_API uint32_t SMSDOConfigGetBinarySize(const SDOConfig *config) ZKSUPT_NOE
 /* Recomputes the binary size by the older sum (values charged whole, no array headers); 0 for null. */
 ZKSUPT_API uint32_t SMSDOConfigReCalcBinarySize(SDOConfig *config) ZKSUPT_NOEXCEPT;
 /* Adds a copy of the value (replace 1: replaces); for type 13 value is the child handle, owned from then on. */
-ZKSUPT_API int32_t SMSDOConfigAddData(SDOConfig *config, uint16_t id, uint8_t type, const void *value,
-                                      uint32_t size, int32_t replace) ZKSUPT_NOEXCEPT;
+ZKSUPT_API int32_t SMSDOConfigAddData(SDOConfig *config, uint16_t id, uint8_t type, const void *value, uint32_t size,
+                                      int32_t replace) ZKSUPT_NOEXCEPT;
 /* Copies the value of an ID out: 0, 0x10 (needed size in *size), 0x100 or 0x10F. */
 ZKSUPT_API int32_t SMSDOConfigGetDataByID(const SDOConfig *config, uint16_t id, uint8_t *type, void *buffer,
                                           uint32_t *size) ZKSUPT_NOEXCEPT;
@@ -69,8 +69,8 @@ ZKSUPT_API int32_t SMSDOBinarySetData(void *binary, uint32_t *size, uint16_t id,
                                       uint32_t valueSize) ZKSUPT_NOEXCEPT;
 /* Depth-first walk over a binary object or array; any callback may be null. */
 ZKSUPT_API int32_t SMSDOBinaryWalk(const void *binary, void *context, SDOBinaryWalkBegin begin,
-                                   SDOBinaryWalkEntry entry, SDOBinaryWalkAfterEntry afterEntry,
-                                   SDOBinaryWalkEnd end, int32_t recurse) ZKSUPT_NOEXCEPT;
+                                   SDOBinaryWalkEntry entry, SDOBinaryWalkAfterEntry afterEntry, SDOBinaryWalkEnd end,
+                                   int32_t recurse) ZKSUPT_NOEXCEPT;
 
 /* Writes an empty binary array header: 0, 0x10 or 0x10F. */
 ZKSUPT_API int32_t SMSDOBinaryArrayInitHeader(void *buffer, uint32_t size) ZKSUPT_NOEXCEPT;

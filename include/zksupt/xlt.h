@@ -36,12 +36,11 @@ ZKSUPT_API int32_t SMNVPGetParamIndexByUTF8Name(int32_t n, char **params, const 
 ZKSUPT_API char *SMNVPGetUTF8ParamValueByUTF8Name(int32_t n, char **params, const char *name,
                                                   int32_t ignoreCase) ZKSUPT_NOEXCEPT;
 /* Parses the named parameter's value as SMXLTUTF8ToTypeValue does; 0x100 when it is absent. */
-ZKSUPT_API int32_t SMNVPUTF8ToTypeValue(int32_t n, char **params, const char *name, int32_t ignoreCase,
-                                        void *buffer, uint32_t *size, uint32_t type) ZKSUPT_NOEXCEPT;
+ZKSUPT_API int32_t SMNVPUTF8ToTypeValue(int32_t n, char **params, const char *name, int32_t ignoreCase, void *buffer,
+                                        uint32_t *size, uint32_t type) ZKSUPT_NOEXCEPT;
 /* The table value of the named parameter's word (multiple 1: the OR of "|" or "," words); 0x80000000 on failure. */
 ZKSUPT_API uint32_t SMNVPGetEnums32Value(int32_t n, char **params, const char *name, int32_t ignoreCase,
-                                         const SMNVPEnumRow *table, uint32_t rows,
-                                         int32_t multiple) ZKSUPT_NOEXCEPT;
+                                         const SMNVPEnumRow *table, uint32_t rows, int32_t multiple) ZKSUPT_NOEXCEPT;
 
 ZKSUPT_END_DECLS
 

@@ -19,8 +19,7 @@ std::array<std::mutex, kStripes> stripes;
 
 }  // namespace
 
-FileGuard::FileGuard(const char *path, FileAccess /*access*/, int16_t lockWait) noexcept
-    : status_(SM_STATUS_SUCCESS)
+FileGuard::FileGuard(const char *path, FileAccess /*access*/, int16_t lockWait) noexcept : status_(SM_STATUS_SUCCESS)
 {
     std::mutex &stripe = stripes[std::hash<std::string_view>{}(path) % kStripes];
     if (lockWait == 1)

@@ -12,10 +12,10 @@ namespace zksupt::config {
 
 // The value types of the typed entry points.
 enum IniType : uint32_t {
-    kIniText = 1,      // UTF-8 string
-    kIniUcs2 = 2,      // UCS-2 string, stored as its bytes
-    kIniBinary = 3,    // bytes, stored as "0x01,0x0A"
-    kIniBoolean = 4,   // uint16_t, "TRUE" or "FALSE"
+    kIniText = 1,     // UTF-8 string
+    kIniUcs2 = 2,     // UCS-2 string, stored as its bytes
+    kIniBinary = 3,   // bytes, stored as "0x01,0x0A"
+    kIniBoolean = 4,  // uint16_t, "TRUE" or "FALSE"
     kIniUint32 = 5,
     kIniInt32 = 6,
     kIniUint64 = 7,

@@ -36,9 +36,9 @@ int32_t readNamedValue(const char *section, const char *key, uint32_t type, void
     try {
         std::string path;
         const int32_t status = iniPathOfName(name, path);
-        return status != SM_STATUS_SUCCESS ? status
-                                           : readValue(section, key, type, value, size, defaultValue, defaultSize,
-                                                       path.c_str(), lockWait);
+        return status != SM_STATUS_SUCCESS
+                   ? status
+                   : readValue(section, key, type, value, size, defaultValue, defaultSize, path.c_str(), lockWait);
     } catch (...) {
         return SM_STATUS_NO_MEMORY;
     }

@@ -103,8 +103,8 @@ int32_t readTyped(const char *section, const char *key, uint32_t type, void *val
 int32_t readValue(const char *section, const char *key, uint32_t type, void *value, uint32_t *size,
                   const void *defaultValue, uint32_t defaultSize, const char *path, int16_t lockWait) noexcept
 {
-    if (type < kIniText || type > kIniDouble || value == nullptr || size == nullptr || *size == 0 ||
-        path == nullptr || *path == '\0')
+    if (type < kIniText || type > kIniDouble || value == nullptr || size == nullptr || *size == 0 || path == nullptr ||
+        *path == '\0')
         return SM_STATUS_BAD_ARGUMENT;
     if (type == kIniText)
         return readString(section, key, static_cast<char *>(value), size, static_cast<const char *>(defaultValue),
@@ -118,9 +118,9 @@ char *readText(const char *section, const char *key, const char *defaultValue, u
     uint32_t capacity = kNumberText;
     char *text = static_cast<char *>(frame::allocate(capacity));
     const uint32_t defaultSize = defaultValue != nullptr ? static_cast<uint32_t>(std::strlen(defaultValue) + 1) : 0;
-    int32_t status = text != nullptr ? readValue(section, key, kIniText, text, &capacity, defaultValue, defaultSize,
-                                                 path, lockWait)
-                                     : SM_STATUS_NO_MEMORY;
+    int32_t status = text != nullptr
+                         ? readValue(section, key, kIniText, text, &capacity, defaultValue, defaultSize, path, lockWait)
+                         : SM_STATUS_NO_MEMORY;
     if (status == SM_STATUS_BUFFER_TOO_SMALL && capacity <= kTextGrowthLimit) {
         char *larger = static_cast<char *>(frame::reallocate(text, capacity));
         if (larger != nullptr) {
@@ -145,8 +145,8 @@ uint32_t readEnum(const char *section, const char *key, const SMEnumRow *rows, u
 {
     if (section == nullptr || key == nullptr || rows == nullptr || path == nullptr || count < 2)
         return kEnumFailure;
-    const std::unique_ptr<char, void (*)(void *) noexcept> text{readText(section, key, nullptr, nullptr, path, lockWait),
-                                                                frame::release};
+    const std::unique_ptr<char, void (*)(void *) noexcept> text{
+        readText(section, key, nullptr, nullptr, path, lockWait), frame::release};
     // A value that cannot be read means row 1, a value no row names row 0:
     // callers have long relied on the difference.
     if (!text)

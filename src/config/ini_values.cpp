@@ -23,17 +23,14 @@ struct Release {
 };
 
 // Large enough for "%.8f" of any double.
-template <class... Values>
-std::string formatted(const char *format, Values... values)
+template <class... Values> std::string formatted(const char *format, Values... values)
 {
     char text[400];
     format::formatText(text, sizeof text, format, values...);
     return text;
 }
 
-
-template <class T>
-void store(void *value, uint32_t *size, T v) noexcept
+template <class T> void store(void *value, uint32_t *size, T v) noexcept
 {
     std::memcpy(value, &v, sizeof v);
     *size = sizeof v;

@@ -33,8 +33,8 @@ bool LineReader::next(std::string_view &piece) noexcept
     }
     if (available == 0 || failed_)
         return false;
-    const std::size_t length = feed != nullptr ? static_cast<std::size_t>(feed - start) + 1
-                                               : std::min(available, kIniLineLimit);
+    const std::size_t length =
+        feed != nullptr ? static_cast<std::size_t>(feed - start) + 1 : std::min(available, kIniLineLimit);
     piece = {start, length};
     begin_ += length;
     return true;

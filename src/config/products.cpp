@@ -29,7 +29,7 @@ std::optional<PathField> fieldOfKind(uint32_t kind) noexcept
 
 const char *suffixOfField(PathField field) noexcept
 {
-    static constexpr const char *kSuffixes[kPathFieldCount] = {"installpath", "binpath",    "inipath",
+    static constexpr const char *kSuffixes[kPathFieldCount] = {"installpath", "binpath", "inipath",
                                                                "vardatapath", "logpath", "configtool"};
     return kSuffixes[static_cast<std::size_t>(field)];
 }

@@ -62,7 +62,8 @@ void Registry::parse(std::string text)
     while (!rest.empty()) {
         // A piece ends after its line feed or at the length limit.
         const std::size_t feed = rest.substr(0, kRegistryLineLimit).find('\n');
-        const std::size_t length = feed != std::string_view::npos ? feed + 1 : std::min(rest.size(), kRegistryLineLimit);
+        const std::size_t length =
+            feed != std::string_view::npos ? feed + 1 : std::min(rest.size(), kRegistryLineLimit);
         if (auto entry = parseRegistryLine(rest.substr(0, length)))
             entries_.push_back(*entry);
         rest.remove_prefix(length);

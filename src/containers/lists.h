@@ -14,17 +14,17 @@
 
 namespace zksupt::containers {
 
-template <class List>
-using EntryOf = std::remove_pointer_t<decltype(List::head)>;
+template <class List> using EntryOf = std::remove_pointer_t<decltype(List::head)>;
+
+template <class Entry> using ListCallback = int32_t (*)(void *, Entry *);
 
 template <class Entry>
-using ListCallback = int32_t (*)(void *, Entry *);
+concept DoublyLinked = requires(Entry entry)
+{
+    entry.prev;
+};
 
-template <class Entry>
-concept DoublyLinked = requires(Entry entry) { entry.prev; };
-
-template <class List>
-List *allocateList() noexcept
+template <class List> List *allocateList() noexcept
 {
     auto *list = static_cast<List *>(std::malloc(sizeof(List)));
     if (list != nullptr)
@@ -32,23 +32,20 @@ List *allocateList() noexcept
     return list;
 }
 
-template <class List>
-void initList(List *list) noexcept
+template <class List> void initList(List *list) noexcept
 {
     if (list != nullptr)
         *list = List{};
 }
 
 // The entries still linked stay the caller's.
-template <class List>
-void freeList(List *list) noexcept
+template <class List> void freeList(List *list) noexcept
 {
     std::free(list);
 }
 
 // One block: the entry header, then its data area.
-template <class Entry>
-Entry *allocateEntry(uint32_t dataSize) noexcept
+template <class Entry> Entry *allocateEntry(uint32_t dataSize) noexcept
 {
     // On a 32-bit target the header plus a size near 4 GiB would wrap around.
     if (dataSize > std::numeric_limits<size_t>::max() - sizeof(Entry))
@@ -63,8 +60,7 @@ Entry *allocateEntry(uint32_t dataSize) noexcept
 }
 
 // Only the links: an entry in the caller's storage may already carry its data pointer.
-template <class Entry>
-void initEntry(Entry *entry) noexcept
+template <class Entry> void initEntry(Entry *entry) noexcept
 {
     if (entry == nullptr)
         return;
@@ -74,8 +70,7 @@ void initEntry(Entry *entry) noexcept
 }
 
 // Data that the entry points to outside its own block stays the caller's.
-template <class Entry>
-void freeEntry(Entry *entry) noexcept
+template <class Entry> void freeEntry(Entry *entry) noexcept
 {
     std::free(entry);
 }
@@ -94,23 +89,20 @@ void linkBetween(List *list, Entry *prev, Entry *entry, Entry *next) noexcept
     }
 }
 
-template <class List, class Entry = EntryOf<List>>
-void insertAtHead(List *list, Entry *entry) noexcept
+template <class List, class Entry = EntryOf<List>> void insertAtHead(List *list, Entry *entry) noexcept
 {
     if (list != nullptr && entry != nullptr)
         linkBetween(list, static_cast<Entry *>(nullptr), entry, list->head);
 }
 
-template <class List, class Entry = EntryOf<List>>
-void insertAtTail(List *list, Entry *entry) noexcept
+template <class List, class Entry = EntryOf<List>> void insertAtTail(List *list, Entry *entry) noexcept
 {
     if (list != nullptr && entry != nullptr)
         linkBetween(list, list->tail, entry, static_cast<Entry *>(nullptr));
 }
 
 // The first entry from the head for which the callback gives 0, and its predecessor.
-template <class Entry>
-struct Found {
+template <class Entry> struct Found {
     Entry *prev;
     Entry *entry;
 };
@@ -176,8 +168,7 @@ Entry *replaceEntry(List *list, Entry *entry, void *key, ListCallback<Entry> mat
 }
 
 // The unlinked entry keeps its own links.
-template <class List, class Entry = EntryOf<List>>
-void unlinkAfter(List *list, Entry *prev, Entry *entry) noexcept
+template <class List, class Entry = EntryOf<List>> void unlinkAfter(List *list, Entry *prev, Entry *entry) noexcept
 {
     Entry *next = entry->next;
     (prev != nullptr ? prev->next : list->head) = next;
@@ -188,23 +179,21 @@ void unlinkAfter(List *list, Entry *prev, Entry *entry) noexcept
 }
 
 // A singly linked entry needs its predecessor from the caller (null for the head).
-template <class List, class Entry = EntryOf<List>>
-void deleteEntry(List *list, Entry *prev, Entry *entry) noexcept
+template <class List, class Entry = EntryOf<List>> void deleteEntry(List *list, Entry *prev, Entry *entry) noexcept
 {
     if (list != nullptr && entry != nullptr)
         unlinkAfter(list, prev, entry);
 }
 
 template <class List, class Entry = EntryOf<List>>
-    requires DoublyLinked<Entry>
+requires DoublyLinked<Entry>
 void deleteEntry(List *list, Entry *entry) noexcept
 {
     if (list != nullptr && entry != nullptr)
         unlinkAfter(list, entry->prev, entry);
 }
 
-template <class List, class Entry = EntryOf<List>>
-Entry *removeHead(List *list) noexcept
+template <class List, class Entry = EntryOf<List>> Entry *removeHead(List *list) noexcept
 {
     if (list == nullptr || list->head == nullptr)
         return nullptr;
@@ -214,8 +203,7 @@ Entry *removeHead(List *list) noexcept
 }
 
 // A singly linked list has to walk from the head to find the tail's predecessor.
-template <class List, class Entry = EntryOf<List>>
-Entry *removeTail(List *list) noexcept
+template <class List, class Entry = EntryOf<List>> Entry *removeTail(List *list) noexcept
 {
     if (list == nullptr || list->tail == nullptr)
         return nullptr;
@@ -231,8 +219,7 @@ Entry *removeTail(List *list) noexcept
     return tail;
 }
 
-template <class List>
-int32_t isEmpty(const List *list) noexcept
+template <class List> int32_t isEmpty(const List *list) noexcept
 {
     return list == nullptr || list->head == nullptr ? 1 : 0;
 }

@@ -20,8 +20,7 @@ enum WalkOrder : uint32_t {
 };
 
 // The node whose data compares equal to key, or null.
-template <class Node>
-Node *findNode(Node *root, void *key, TreeCallback compare) noexcept
+template <class Node> Node *findNode(Node *root, void *key, TreeCallback compare) noexcept
 {
     while (root != nullptr) {
         const int32_t order = compare(key, root->data);

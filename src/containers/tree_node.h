@@ -20,8 +20,7 @@ constexpr Side other(Side side) noexcept
 }
 
 // The child field on one side; const for a const node.
-template <class Node>
-auto &child(Node *node, Side side) noexcept
+template <class Node> auto &child(Node *node, Side side) noexcept
 {
     return side == Side::left ? node->left : node->right;
 }

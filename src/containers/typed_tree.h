@@ -23,8 +23,7 @@
 
 namespace zksupt::containers {
 
-template <class T, class Key, class Compare>
-class Tree {
+template <class T, class Key, class Compare> class Tree {
   public:
     // The added item, or null with the status that refused it.
     struct Inserted {
@@ -56,8 +55,7 @@ class Tree {
 
     // Makes a T from args and adds it under key: 0x102 when the key is
     // taken, 0x110 when memory runs out (the new item is dropped then).
-    template <class... Args>
-    Inserted emplace(const Key &key, Args &&...args) noexcept
+    template <class... Args> Inserted emplace(const Key &key, Args &&...args) noexcept
     {
         T *item = make(std::forward<Args>(args)...);
         if (item == nullptr)
@@ -83,15 +81,13 @@ class Tree {
     void clear() noexcept { deleteTree(&root_, nullptr, &destroy); }
 
     // The first item in ascending order for which visit(T &) returns true, or null.
-    template <class Visit>
-    T *findIf(Visit visit)
+    template <class Visit> T *findIf(Visit visit)
     {
         return static_cast<T *>(walkTree(root_, &visit, &visitItem<Visit>, kAscending));
     }
 
     // Calls visit(T &) for every item in ascending order.
-    template <class Visit>
-    void forEach(Visit visit)
+    template <class Visit> void forEach(Visit visit)
     {
         findIf([&visit](T &item) {
             visit(item);
@@ -110,16 +106,14 @@ class Tree {
 
     static void destroy(void *, void *item) { delete static_cast<T *>(item); }
 
-    template <class Visit>
-    static int32_t visitItem(void *visit, void *item)
+    template <class Visit> static int32_t visitItem(void *visit, void *item)
     {
         return (*static_cast<Visit *>(visit))(*static_cast<T *>(item)) ? 0 : 1;
     }
 
     // Building an item fails only for want of memory, whether in new itself or
     // in a member that allocates (a string, a vector).
-    template <class... Args>
-    static T *make(Args &&...args) noexcept
+    template <class... Args> static T *make(Args &&...args) noexcept
     {
         try {
             return new T(std::forward<Args>(args)...);

@@ -17,11 +17,7 @@ class Arguments {
     Arguments(const Arguments &) = delete;
     Arguments &operator=(const Arguments &) = delete;
 
-    template <class T>
-    T next() noexcept
-    {
-        return va_arg(list_, T);
-    }
+    template <class T> T next() noexcept { return va_arg(list_, T); }
 
     // Integer arguments are 32 bits; 'h' (unless 'l' came too) keeps the low 16.
     int32_t nextSigned(const Directive &d) noexcept

@@ -38,8 +38,7 @@ char *decimalDigits(uint32_t value, char *end) noexcept
     return end;
 }
 
-template <unsigned BitsPerDigit>
-char *powerOfTwoDigits(uintptr_t value, const char *table, char *end) noexcept
+template <unsigned BitsPerDigit> char *powerOfTwoDigits(uintptr_t value, const char *table, char *end) noexcept
 {
     constexpr uintptr_t mask = (uintptr_t{1} << BitsPerDigit) - 1;
     do {

@@ -58,7 +58,15 @@ char parseDirective(const char *&p, Directive &d, Arguments &args) noexcept
             d.precision = precision < 0 ? -1 : precision;
             break;
         }
-        case '1': case '2': case '3': case '4': case '5': case '6': case '7': case '8': case '9':
+        case '1':
+        case '2':
+        case '3':
+        case '4':
+        case '5':
+        case '6':
+        case '7':
+        case '8':
+        case '9':
             d.width = readNumber(p, static_cast<uint32_t>(c - '0'));
             break;
         case 'h':

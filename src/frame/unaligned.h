@@ -7,8 +7,7 @@
 
 namespace zksupt::frame {
 
-template <class T>
-T loadAs(const void *bytes) noexcept
+template <class T> T loadAs(const void *bytes) noexcept
 {
     static_assert(std::is_trivially_copyable_v<T>);
     T value;
@@ -16,8 +15,7 @@ T loadAs(const void *bytes) noexcept
     return value;
 }
 
-template <class T>
-void storeAs(void *bytes, T value) noexcept
+template <class T> void storeAs(void *bytes, T value) noexcept
 {
     static_assert(std::is_trivially_copyable_v<T>);
     std::memcpy(bytes, &value, sizeof value);

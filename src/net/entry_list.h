@@ -26,7 +26,8 @@ class EntryList {
             SMInetAddrEntry &entry = entries_[count_];
             std::memset(&entry, 0, sizeof entry);
             entry.family = family;
-            ::inet_ntop(family == SM_ADDR_FAMILY_IPV4 ? AF_INET : AF_INET6, address, entry.address, sizeof entry.address);
+            ::inet_ntop(family == SM_ADDR_FAMILY_IPV4 ? AF_INET : AF_INET6, address, entry.address,
+                        sizeof entry.address);
         } else {
             status_ = SM_STATUS_BUFFER_TOO_SMALL;
         }

@@ -41,8 +41,7 @@ static_assert(sizeof(Entry) == 8);
 struct FreeDeleter {
     void operator()(void *block) const noexcept { std::free(block); }
 };
-template <class T>
-using HeapPtr = std::unique_ptr<T, FreeDeleter>;
+template <class T> using HeapPtr = std::unique_ptr<T, FreeDeleter>;
 
 void freeConfig(SDOConfig *config) noexcept;
 struct ConfigDeleter {
@@ -88,8 +87,7 @@ int32_t removeData(SDOConfig *config, uint16_t id, uint32_t index, int32_t remov
 const Entry *entryAtIndex(const SDOConfig *config, uint32_t index) noexcept;
 
 // Visits the entries in ascending ID order until visit returns false.
-template <class Visit>
-void forEachEntry(const SDOConfig *config, Visit &&visit)
+template <class Visit> void forEachEntry(const SDOConfig *config, Visit &&visit)
 {
     using V = std::remove_reference_t<Visit>;
     struct Walk {

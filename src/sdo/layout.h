@@ -60,8 +60,8 @@ inline void writeHeader(uint8_t *at, Kind kind, uint16_t count, uint16_t total) 
 
 struct Block {
     const uint8_t *bytes = nullptr;
-    uint32_t size = 0;  // readable bytes: the stated total, capped
-    uint16_t count = 0; // as stated
+    uint32_t size = 0;   // readable bytes: the stated total, capped
+    uint16_t count = 0;  // as stated
     Kind kind = Kind::invalid;
 
     bool valid() const noexcept { return kind != Kind::invalid; }

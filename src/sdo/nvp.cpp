@@ -94,8 +94,8 @@ int32_t paramToTypeValue(int32_t n, char *const *params, const char *name, int32
     return textToTypeValue(value, buffer, size, type);
 }
 
-uint32_t paramEnumValue(int32_t n, char *const *params, const char *name, int32_t ignoreCase,
-                        const SMNVPEnumRow *table, uint32_t rows, int32_t multiple) noexcept
+uint32_t paramEnumValue(int32_t n, char *const *params, const char *name, int32_t ignoreCase, const SMNVPEnumRow *table,
+                        uint32_t rows, int32_t multiple) noexcept
 {
     if (params == nullptr || name == nullptr || table == nullptr || rows < 2)
         return kEnumFailure;

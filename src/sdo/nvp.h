@@ -22,7 +22,7 @@ int32_t paramIndex(int32_t n, char *const *params, const char *name, int32_t ign
 char *paramValueByName(int32_t n, char *const *params, const char *name, int32_t ignoreCase) noexcept;
 int32_t paramToTypeValue(int32_t n, char *const *params, const char *name, int32_t ignoreCase, void *buffer,
                          uint32_t *size, uint32_t type) noexcept;
-uint32_t paramEnumValue(int32_t n, char *const *params, const char *name, int32_t ignoreCase,
-                        const SMNVPEnumRow *table, uint32_t rows, int32_t multiple) noexcept;
+uint32_t paramEnumValue(int32_t n, char *const *params, const char *name, int32_t ignoreCase, const SMNVPEnumRow *table,
+                        uint32_t rows, int32_t multiple) noexcept;
 
 }  // namespace zksupt::sdo

@@ -25,8 +25,7 @@ namespace {
 struct Release {
     void operator()(void *p) const noexcept { frame::release(p); }
 };
-template <class T>
-using Owned = std::unique_ptr<T, Release>;
+template <class T> using Owned = std::unique_ptr<T, Release>;
 
 // Width in bytes of the fixed-size codes 0-11 and 15.
 constexpr std::array<uint8_t, kLastTypeCode + 1> kWidth{2, 1, 2, 4, 8, 1, 2, 4, 8, 8, 4, 4, 0, 0, 0, 4, 0};
@@ -35,9 +34,16 @@ struct Locale {
     std::string_view name;
     uint32_t code;
 };
-constexpr std::array<Locale, 10> kLocales{{{"es", 1034}, {"de", 1031}, {"en_US", 1033}, {"en_GB", 2057},
-                                           {"fr", 1036}, {"ja", 1041}, {"ko", 2066}, {"pt_BR", 1046},
-                                           {"zh", 2052}, {"zh_TW", 1028}}};
+constexpr std::array<Locale, 10> kLocales{{{"es", 1034},
+                                           {"de", 1031},
+                                           {"en_US", 1033},
+                                           {"en_GB", 2057},
+                                           {"fr", 1036},
+                                           {"ja", 1041},
+                                           {"ko", 2066},
+                                           {"pt_BR", 1046},
+                                           {"zh", 2052},
+                                           {"zh_TW", 1028}}};
 
 // Values of at most this many bytes fit the code-16 working area (two digits each and the terminator).
 constexpr uint32_t kHexBytesLimit = 63;
@@ -98,8 +104,7 @@ int32_t parse64(const char *text, uint32_t format, uint32_t code, void *buffer) 
     return SM_STATUS_SUCCESS;
 }
 
-template <class T>
-void store(void *buffer, T value) noexcept
+template <class T> void store(void *buffer, T value) noexcept
 {
     std::memcpy(buffer, &value, sizeof value);
 }
@@ -194,8 +199,8 @@ int32_t parseFixed(const char *text, void *buffer, uint32_t code, uint32_t flag)
         store(buffer, text::textToDoubleByFormat(text, text::kNumberDecimal, &status));
         return SM_STATUS_SUCCESS;
     case 10: {
-        const auto *it = std::find_if(kLocales.begin(), kLocales.end(),
-                                      [text](const Locale &l) { return l.name == text; });
+        const auto *it =
+            std::find_if(kLocales.begin(), kLocales.end(), [text](const Locale &l) { return l.name == text; });
         if (it == kLocales.end())
             return SM_STATUS_FAILURE;
         store(buffer, it->code);
@@ -262,16 +267,20 @@ int32_t deliver(const char *produced, std::size_t length, char *text, uint32_t *
     return SM_STATUS_SUCCESS;
 }
 
-
 // Codes 1-3 sign-extended, 5-7 zero-extended, as 32 bits.
 uint32_t load32(const void *value, uint32_t code) noexcept
 {
     switch (code) {
-    case 1: return static_cast<uint32_t>(static_cast<int32_t>(frame::loadAs<int8_t>(value)));
-    case 2: return static_cast<uint32_t>(static_cast<int32_t>(frame::loadAs<int16_t>(value)));
-    case 5: return frame::loadAs<uint8_t>(value);
-    case 6: return frame::loadAs<uint16_t>(value);
-    default: return frame::loadAs<uint32_t>(value);
+    case 1:
+        return static_cast<uint32_t>(static_cast<int32_t>(frame::loadAs<int8_t>(value)));
+    case 2:
+        return static_cast<uint32_t>(static_cast<int32_t>(frame::loadAs<int16_t>(value)));
+    case 5:
+        return frame::loadAs<uint8_t>(value);
+    case 6:
+        return frame::loadAs<uint16_t>(value);
+    default:
+        return frame::loadAs<uint32_t>(value);
     }
 }
 
@@ -301,14 +310,27 @@ void integerText(uint32_t bits, uint32_t code, uint32_t flag, char *work) noexce
 uint32_t minimumCapacity(uint32_t code, uint32_t flag, const void *value) noexcept
 {
     switch (code) {
-    case kTypeBoolean: return frame::loadAs<uint16_t>(value) == 1 ? 5 : 6;
-    case 1: case 2: case 3: return flag == kFlagBinary ? 33 : 17;
-    case 5: case 6: case 7: return flag == kFlagBinary ? 33 : 16;
-    case 4: return 33;
-    case 8: case 9: return 32;
-    case 10: return 16;
-    case kTypeTime: return 64;
-    default: return 0;
+    case kTypeBoolean:
+        return frame::loadAs<uint16_t>(value) == 1 ? 5 : 6;
+    case 1:
+    case 2:
+    case 3:
+        return flag == kFlagBinary ? 33 : 17;
+    case 5:
+    case 6:
+    case 7:
+        return flag == kFlagBinary ? 33 : 16;
+    case 4:
+        return 33;
+    case 8:
+    case 9:
+        return 32;
+    case 10:
+        return 16;
+    case kTypeTime:
+        return 64;
+    default:
+        return 0;
     }
 }
 
@@ -318,7 +340,8 @@ int32_t formatFixed(const void *value, char *text, uint32_t *size, uint32_t code
     char work[330];
     switch (code) {
     case kTypeBoolean:
-        return deliver(frame::loadAs<uint16_t>(value) == 1 ? "true" : "false", frame::loadAs<uint16_t>(value) == 1 ? 4 : 5, text, size);
+        return deliver(frame::loadAs<uint16_t>(value) == 1 ? "true" : "false",
+                       frame::loadAs<uint16_t>(value) == 1 ? 4 : 5, text, size);
     case 4:
         text::int64ToDecimal(work, frame::loadAs<int64_t>(value));
         break;

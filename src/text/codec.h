@@ -38,8 +38,8 @@ inline Decoded decodeUtf8(const unsigned char *p, std::size_t available) noexcep
         // such branches unpredictable): join the bits of four bytes, all
         // before the terminator, and drop those of the bytes past the sequence.
         static constexpr unsigned char kLeadBits[5] = {0, 0x7F, 0x1F, 0x0F, 0x07};
-        const uint32_t joined = ((lead & kLeadBits[units]) << 18) | ((p[1] & 0x3Fu) << 12) |
-                                ((p[2] & 0x3Fu) << 6) | (p[3] & 0x3Fu);
+        const uint32_t joined =
+            ((lead & kLeadBits[units]) << 18) | ((p[1] & 0x3Fu) << 12) | ((p[2] & 0x3Fu) << 6) | (p[3] & 0x3Fu);
         return {joined >> (6 * (4 - units)), units};
     }
     if (units == 5)

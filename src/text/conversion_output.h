@@ -17,8 +17,7 @@ namespace zksupt::text {
 inline constexpr std::size_t kMaxTake = 8;
 
 // Output of a size query: counts units and keeps none.
-template <class Unit>
-class CountingOutput {
+template <class Unit> class CountingOutput {
   public:
     // Room for n more units (n <= kMaxTake): always.
     Unit *take(std::size_t n) noexcept
@@ -34,8 +33,7 @@ class CountingOutput {
 };
 
 // Output into the caller's buffer of a capacity in bytes.
-template <class Unit>
-class BufferOutput {
+template <class Unit> class BufferOutput {
   public:
     BufferOutput(Unit *dst, uint32_t capacityBytes) noexcept
         : start_(dst), next_(dst), room_(capacityBytes / sizeof(Unit))
@@ -62,8 +60,7 @@ class BufferOutput {
 
 // Copies whole blocks of ASCII from p on while they fit, advancing p; stops
 // at the first block that holds anything else, and at the last partial block.
-template <class Source, class Output>
-void copyAsciiBlocks(const Source *&p, const Source *end, Output &out) noexcept
+template <class Source, class Output> void copyAsciiBlocks(const Source *&p, const Source *end, Output &out) noexcept
 {
     while (static_cast<std::size_t>(end - p) >= kMaxTake) {
         uint32_t any = 0;
@@ -107,8 +104,7 @@ int32_t convertCharacters(const Source *p, const Source *end, Output &out, One &
 // capacity in *size is not looked at), and ends the text with a zero unit.
 // *size receives the bytes of the whole result, terminator included, only on
 // success; after a failure dst holds what was converted, unterminated.
-template <class Unit, class Walk>
-int32_t convertText(Unit *dst, uint32_t *size, Walk &&walk) noexcept
+template <class Unit, class Walk> int32_t convertText(Unit *dst, uint32_t *size, Walk &&walk) noexcept
 {
     auto finish = [size](auto &out, int32_t status) noexcept {
         if (status != SM_STATUS_SUCCESS)

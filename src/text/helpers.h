@@ -91,10 +91,10 @@ int32_t doubleToText(char *dst, uint32_t size, double value) noexcept;
 // ---- Text to numbers -------------------------------------------------------
 //
 // The number formats and what the text must be before it converts:
-inline constexpr uint32_t kNumberDecimal = 0;       // optional sign, digits 0-9 (a sign alone is 0)
-inline constexpr uint32_t kNumberOctal = 0x200;     // digits 0-7, at least one
+inline constexpr uint32_t kNumberDecimal = 0;         // optional sign, digits 0-9 (a sign alone is 0)
+inline constexpr uint32_t kNumberOctal = 0x200;       // digits 0-7, at least one
 inline constexpr uint32_t kNumberDecimalToo = 0x300;  // as kNumberDecimal
-inline constexpr uint32_t kNumberHex = 0x400;       // optional 0x/0X, 1-8 digits (16 for 64 bits)
+inline constexpr uint32_t kNumberHex = 0x400;         // optional 0x/0X, 1-8 digits (16 for 64 bits)
 //
 // status (may be null) gets 0 on success, 0x10F when the format is unknown or
 // the text (null included) fails its check, and 1 for a format the function

@@ -12,8 +12,7 @@
 namespace zksupt::text {
 namespace {
 
-template <class Unit>
-void *allocateEmpty(SMSizedString *rec, uint32_t bytes) noexcept
+template <class Unit> void *allocateEmpty(SMSizedString *rec, uint32_t bytes) noexcept
 {
     if (rec == nullptr)
         return nullptr;
@@ -31,8 +30,7 @@ void *allocateEmpty(SMSizedString *rec, uint32_t bytes) noexcept
 }
 
 // The append rule of both encodings.
-template <class Unit>
-bool append(SMSizedString *rec, const Unit *src, uint32_t n) noexcept
+template <class Unit> bool append(SMSizedString *rec, const Unit *src, uint32_t n) noexcept
 {
     if (rec == nullptr || rec->buf == nullptr || src == nullptr)
         return false;
@@ -58,11 +56,9 @@ bool append(SMSizedString *rec, const Unit *src, uint32_t n) noexcept
 
 // A zeroed temporary block of count units: what is appended past a
 // conversion's terminator is then zeros, never stale memory.
-template <class Unit>
-using Block = std::unique_ptr<Unit[], decltype(&std::free)>;
+template <class Unit> using Block = std::unique_ptr<Unit[], decltype(&std::free)>;
 
-template <class Unit>
-Block<Unit> zeroedBlock(uint64_t count) noexcept
+template <class Unit> Block<Unit> zeroedBlock(uint64_t count) noexcept
 {
     void *block = count * sizeof(Unit) > UINT32_MAX ? nullptr : std::calloc(count, sizeof(Unit));
     return Block<Unit>(static_cast<Unit *>(block), &std::free);

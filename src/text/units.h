@@ -8,8 +8,7 @@
 namespace zksupt::text {
 
 // Number of units before the terminator.
-template <class Unit>
-std::size_t length(const Unit *s) noexcept
+template <class Unit> std::size_t length(const Unit *s) noexcept
 {
     const Unit *end = s;
     while (*end != 0)
@@ -18,8 +17,7 @@ std::size_t length(const Unit *s) noexcept
 }
 
 // True when unit occurs in the zero-terminated set (its terminator excluded).
-template <class Unit>
-bool occursIn(Unit unit, const Unit *set) noexcept
+template <class Unit> bool occursIn(Unit unit, const Unit *set) noexcept
 {
     for (; *set != 0; ++set)
         if (*set == unit)
@@ -28,8 +26,7 @@ bool occursIn(Unit unit, const Unit *set) noexcept
 }
 
 // Number of leading units of s that occur in set (inSet) or do not (!inSet).
-template <bool inSet, class Unit>
-std::size_t prefixLength(const Unit *s, const Unit *set) noexcept
+template <bool inSet, class Unit> std::size_t prefixLength(const Unit *s, const Unit *set) noexcept
 {
     std::size_t n = 0;
     while (s[n] != 0 && occursIn(s[n], set) == inSet)
@@ -39,8 +36,7 @@ std::size_t prefixLength(const Unit *s, const Unit *set) noexcept
 
 // Reverses the units before the terminator in place: the first with the
 // last, the second with the second-to-last, until the two meet.
-template <class Unit>
-void reverse(Unit *s) noexcept
+template <class Unit> void reverse(Unit *s) noexcept
 {
     std::size_t n = length(s);
     for (std::size_t i = 0; i < n / 2; ++i)

@@ -10,8 +10,7 @@
 namespace zksupt::text {
 namespace {
 
-template <class Change>
-char *changeEachByte(char *s, Change change) noexcept
+template <class Change> char *changeEachByte(char *s, Change change) noexcept
 {
     for (char *p = s; *p != '\0'; ++p)
         *p = static_cast<char>(change(static_cast<unsigned char>(*p)));

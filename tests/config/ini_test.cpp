@@ -29,8 +29,7 @@ namespace fs = std::filesystem;
 using Bytes = std::vector<uint8_t>;
 
 // A value's bytes in host order.
-template <class T>
-Bytes bytesOf(T value)
+template <class T> Bytes bytesOf(T value)
 {
     Bytes bytes(sizeof value);
     std::memcpy(bytes.data(), &value, sizeof value);
@@ -51,7 +50,10 @@ class Ini : public ::testing::Test {
     ~Ini() override { fs::remove_all(dir_); }
 
     std::string at(const std::string &name) const { return dir_ + "/" + name; }
-    void put(const std::string &name, const std::string &text) const { std::ofstream(at(name), std::ios::binary) << text; }
+    void put(const std::string &name, const std::string &text) const
+    {
+        std::ofstream(at(name), std::ios::binary) << text;
+    }
     std::vector<std::string> names() const
     {
         std::vector<std::string> found;
@@ -72,8 +74,8 @@ class Ini : public ::testing::Test {
     {
         std::string buffer(capacity, '?');
         uint32_t size = capacity;
-        const int32_t status = SMReadINIPathFileValue(section, key, 1, buffer.data(), &size, nullptr, 0,
-                                                      at("t.ini").c_str(), 1);
+        const int32_t status =
+            SMReadINIPathFileValue(section, key, 1, buffer.data(), &size, nullptr, 0, at("t.ini").c_str(), 1);
         if (status != SM_STATUS_SUCCESS)
             return "status " + std::to_string(status) + " size " + std::to_string(size);
         return buffer.substr(0, size - 1);
@@ -128,16 +130,21 @@ TEST_F(Ini, TheFileAfterEachKindOfWrite)
 
 TEST_F(Ini, TextReadsAndTheReaderOwnRules)
 {
-    put("t.ini",
-        "; [main]\n[main]\nkey=value\n spaced = both \n  ;semi=reader key\n#hash=1\ncr=v\r\nbare\n\tx=a=b\n"
-        "[ blank ]\nk=blank section\n[empty]\n");
+    put("t.ini", "; [main]\n[main]\nkey=value\n spaced = both \n  ;semi=reader key\n#hash=1\ncr=v\r\nbare\n\tx=a=b\n"
+                 "[ blank ]\nk=blank section\n[empty]\n");
     const std::tuple<const char *, const char *, std::string> rows[] = {
-        {"main", "key", "value"},       {"main", "spaced", "status 263 size 0"},
-        {"main", "spaced ", " both "},  {"main", ";semi", "reader key"},
-        {"main", "#hash", "status 263 size 0"}, {"main", "cr", "v\r"},
-        {"main", "bare", "status 263 size 0"},  {"main", "x", "a=b"},
-        {"main", "k", "status 263 size 0"},     {" blank ", "k", "blank section"},
-        {"blank", "k", "status 262 size 0"},    {"empty", "k", "status 263 size 0"},
+        {"main", "key", "value"},
+        {"main", "spaced", "status 263 size 0"},
+        {"main", "spaced ", " both "},
+        {"main", ";semi", "reader key"},
+        {"main", "#hash", "status 263 size 0"},
+        {"main", "cr", "v\r"},
+        {"main", "bare", "status 263 size 0"},
+        {"main", "x", "a=b"},
+        {"main", "k", "status 263 size 0"},
+        {" blank ", "k", "blank section"},
+        {"blank", "k", "status 262 size 0"},
+        {"empty", "k", "status 263 size 0"},
     };
     for (const auto &[section, key, expected] : rows)
         EXPECT_EQ(read(section, key), expected) << section << "/" << key;
@@ -159,8 +166,8 @@ TEST_F(Ini, ListingsWithExactSizes)
     const auto list = [&](const char *section, uint32_t capacity) {
         std::string buffer(capacity + 1, '?');
         uint32_t size = capacity;
-        const int32_t status = SMReadINIPathFileValue(section, nullptr, 1, buffer.data(), &size, nullptr, 0,
-                                                      at("t.ini").c_str(), 1);
+        const int32_t status =
+            SMReadINIPathFileValue(section, nullptr, 1, buffer.data(), &size, nullptr, 0, at("t.ini").c_str(), 1);
         return std::tuple{status, size, status == 0 ? buffer.substr(0, size) : buffer.substr(0, 1)};
     };
     EXPECT_EQ(list(nullptr, 6), std::tuple(0, 6u, std::string("a\0bb\0\0", 6)));
@@ -402,8 +409,8 @@ TEST_F(Ini, LongLinesAreReadInPieces)
 
 TEST_F(Ini, TextValuesEnumerationsAndPlainNames)
 {
-    put("t.ini", "[s]\nshort=v\none=TWO\nnone=nine\nmulti=one,FOUR\nspaced=one, two\nlong=" +
-                     std::string(9000, 'l') + "\n");
+    put("t.ini",
+        "[s]\nshort=v\none=TWO\nnone=nine\nmulti=one,FOUR\nspaced=one, two\nlong=" + std::string(9000, 'l') + "\n");
     const std::string path = at("t.ini");
     uint32_t size = 99;
     char *text = SMReadINISectionKeyUTF8Value("s", "short", "d", &size, path.c_str(), 1);

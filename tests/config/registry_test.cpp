@@ -22,8 +22,8 @@ namespace {
 
 namespace cf = zksupt::config;
 namespace fs = std::filesystem;
-using zksupt::test::sandbox;
 using cf::PathField;
+using zksupt::test::sandbox;
 
 // The registry's answer for one product and field, or the status instead.
 std::string answer(const std::string &registryText, int32_t id, PathField field)
@@ -113,10 +113,10 @@ TEST_F(PathQuery, EveryKindOfTheSandboxProducts)
 {
     const auto &s = sandbox();
     const std::tuple<int32_t, uint32_t, std::string> rows[] = {
-        {35, 2, s.installDir()},  {35, 32, s.installDir()},     {35, 64, s.iniDir()},
-        {35, 8, s.logDir()},      {35, 4, s.varDataDir()},      {35, 128, s.installDir()},
-        {35, 16, s.installDir()}, {-1, 2, s.suiteDir()},        {-1, 8, s.logDir()},
-        {-1, 64, s.suiteDir()},   {45, 4, s.varDataDir()},      {45, 2, "status 256 size 0"},
+        {35, 2, s.installDir()},       {35, 32, s.installDir()},    {35, 64, s.iniDir()},
+        {35, 8, s.logDir()},           {35, 4, s.varDataDir()},     {35, 128, s.installDir()},
+        {35, 16, s.installDir()},      {-1, 2, s.suiteDir()},       {-1, 8, s.logDir()},
+        {-1, 64, s.suiteDir()},        {45, 4, s.varDataDir()},     {45, 2, "status 256 size 0"},
         {45, 64, "status 256 size 0"}, {7, 2, "status 256 size 0"}, {35, 3, "status 271 size 0"},
         {35, 1, "status 271 size 0"},
     };

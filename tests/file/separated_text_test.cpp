@@ -12,9 +12,13 @@ TEST(SeparatedText, SwapsEverySeparatorAndClosesTheList)
 {
     using namespace std::string_literals;
     const std::tuple<std::string, char, char, std::string> cases[] = {
-        {"a,b,c", ',', '\0', "a\0b\0c\0\0"s}, {"read|write", '|', '\0', "read\0write\0\0"s},
-        {"a,,b", ',', '\0', "a\0\0b\0\0"s}, {" a , b ", ',', '\0', " a \0 b \0\0"s}, {"", ',', '\0', "\0\0"s},
-        {"a,b", ',', ';', "a;b;\0"s}, {"no separator", ',', '\0', "no separator\0\0"s},
+        {"a,b,c", ',', '\0', "a\0b\0c\0\0"s},
+        {"read|write", '|', '\0', "read\0write\0\0"s},
+        {"a,,b", ',', '\0', "a\0\0b\0\0"s},
+        {" a , b ", ',', '\0', " a \0 b \0\0"s},
+        {"", ',', '\0', "\0\0"s},
+        {"a,b", ',', ';', "a;b;\0"s},
+        {"no separator", ',', '\0', "no separator\0\0"s},
     };
     for (const auto &[text, from, to, expected] : cases) {
         uint32_t size = 0;

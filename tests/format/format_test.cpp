@@ -52,10 +52,11 @@ TEST(Format, PointersPrintTheirFullNativeWidth)
 
 TEST(Format, TextAndUnknownConversions)
 {
-    EXPECT_EQ(format("%.3s|%s|%05s|%-4s|%.2c|%3c", nullptr, nullptr, "ab", "x", 'y', 'z'), "(nu|(null)|000ab|x   |y|  z");
+    EXPECT_EQ(format("%.3s|%s|%05s|%-4s|%.2c|%3c", nullptr, nullptr, "ab", "x", 'y', 'z'),
+              "(nu|(null)|000ab|x   |y|  z");
     EXPECT_EQ(format("%%|%5%|%-3y|%03q|%zu|%C|%\x01"), "%|    %|y  |00q|zu|C|\x01");
     EXPECT_EQ(format("abc%") + format("ab%-5") + format("ab%.*", 3), "abcabab");  // the format ends the output
-    EXPECT_EQ(format("%.3s", std::vector<char>{'a', 'b', 'c'}.data()), "abc");  // no read past the precision
+    EXPECT_EQ(format("%.3s", std::vector<char>{'a', 'b', 'c'}.data()), "abc");    // no read past the precision
 }
 
 TEST(Format, FloatingPointFollowsTheBsdAssembly)
@@ -63,7 +64,8 @@ TEST(Format, FloatingPointFollowsTheBsdAssembly)
     EXPECT_EQ(format("%f|%.0f|%#.0f|%#.0f|%.0f|%.0f", 1.0, 1.0, 1.0, 0.0, 0.3, -0.5), "1.000000|1|1.|0|0.|-0.");
     EXPECT_EQ(format("%e|%#e|%E|%e|%.2e|%e", 1.0, 1.0, 12345.678, 1.5, 0.0, 1e-300),
               "1e+00|1.000000e+00|1.234568E+04|1.5e+00|0e+00|1e-300");
-    EXPECT_EQ(format("%g|%g|%g|%.0g|%#g|%G", 100000.0, 1000000.0, 0.0001, 26.0, 0.0, 1e-5), "100000|1e+06|0.0001|3e+01|0.00000|1E-05");
+    EXPECT_EQ(format("%g|%g|%g|%.0g|%#g|%G", 100000.0, 1000000.0, 0.0001, 26.0, 0.0, 1e-5),
+              "100000|1e+06|0.0001|3e+01|0.00000|1E-05");
     EXPECT_EQ(format("%f|%e|%G|%f|%+5f|% f|%05f|%-5e|", HUGE_VAL, -HUGE_VAL, NAN, -0.0, HUGE_VAL, NAN, HUGE_VAL, NAN),
               "Inf|-Inf|NaN|0.000000| +Inf| NaN|00Inf|NaN  |");
     EXPECT_EQ(format("%Lf|%lf|%+08.2f|%-8.1e|", 2.5, 0.125, -1.5, 2.0), "2.500000|0.125000|-0001.50|2e+00   |");
@@ -106,7 +108,8 @@ TEST(Format, ResultAndTerminatorAtEverySize)
         EXPECT_EQ(SMsnprintf(out.data(), size, layout, "text", -12, 3.14159, 255, 'q'), static_cast<int32_t>(stored));
         EXPECT_EQ(std::string(out.data()), whole.substr(0, stored)) << size;
         uint32_t truncated = 7;
-        EXPECT_EQ(engine(nullptr, size, &truncated, layout, "text", -12, 3.14159, 255, 'q'), static_cast<int32_t>(stored));
+        EXPECT_EQ(engine(nullptr, size, &truncated, layout, "text", -12, 3.14159, 255, 'q'),
+                  static_cast<int32_t>(stored));
         EXPECT_EQ(truncated, stored < whole.size() ? 1u : 0u);
     }
     char out[4] = "ZZZ";
@@ -131,7 +134,8 @@ TEST(Format, CountStoresEveryByteProducedSoFar)
 TEST(Format, Ucs2StringsPrintAsUtf8)
 {
     const ucs2 text[] = {'a', 0xE9, 0x263A, 0};
-    EXPECT_EQ(format("[%S]|%.3S|%7S|%-5.1S|%S", text, text, text, text, nullptr), "[a\xC3\xA9\xE2\x98\xBA]|a\xC3\xA9| a\xC3\xA9\xE2\x98\xBA|a    |(null)");
+    EXPECT_EQ(format("[%S]|%.3S|%7S|%-5.1S|%S", text, text, text, text, nullptr),
+              "[a\xC3\xA9\xE2\x98\xBA]|a\xC3\xA9| a\xC3\xA9\xE2\x98\xBA|a    |(null)");
     EXPECT_EQ(format("%.3S", nullptr), "(nu");
     // Text that cannot be converted ends the output at its directive.
     const ucs2 broken[] = {0xDC00, 'x', 0};
@@ -149,7 +153,8 @@ TEST(Format, CallsFromManyThreadsStayIntact)
         threads.emplace_back([&] {
             char out[64];
             for (int i = 0; i < 2000; ++i)
-                failures += SMsnprintf(out, sizeof out, "%d|%s|%.3f|%e", 42, "zk", 2.0 / 3, 1e100) < 0 || expected != out;
+                failures +=
+                    SMsnprintf(out, sizeof out, "%d|%s|%.3f|%e", 42, "zk", 2.0 / 3, 1e100) < 0 || expected != out;
         });
     for (auto &thread : threads)
         thread.join();

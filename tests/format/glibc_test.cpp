@@ -17,8 +17,7 @@ namespace {
 
 // The engine's output or glibc's; the engine's result is the bytes stored,
 // here all of them, as glibc's is.
-template <class... Args>
-std::string print(bool engine, const std::string &format, Args... args)
+template <class... Args> std::string print(bool engine, const std::string &format, Args... args)
 {
     char out[2048];
     const int length = engine ? SMsnprintf(out, sizeof out, format.c_str(), args...)
@@ -76,8 +75,11 @@ TEST(AgainstGlibc, IntegerCharacterAndStringDirectives)
 
         // glibc reads 'l' and "ll" wider and "hh" narrower; the engine's integer
         // precision counts the sign and "0x", and its "%#.0o" of 0 prints nothing.
-        const int32_t shown = !narrow ? value : conversion == 'd' || conversion == 'i' ? int16_t(value) : uint16_t(value);
-        const bool sign = (conversion == 'd' || conversion == 'i') && (shown < 0 || flags.find_first_of("+ ") != flags.npos);
+        const int32_t shown = !narrow                                  ? value
+                              : conversion == 'd' || conversion == 'i' ? int16_t(value)
+                                                                       : uint16_t(value);
+        const bool sign =
+            (conversion == 'd' || conversion == 'i') && (shown < 0 || flags.find_first_of("+ ") != flags.npos);
         const bool prefix = (conversion == 'x' || conversion == 'X') && flags.find('#') != flags.npos && shown != 0;
         std::vector<int> theirStars = stars;
         std::string theirs = format;

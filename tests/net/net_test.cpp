@@ -39,16 +39,24 @@ constexpr char kUnwritten = '#';
 
 TEST(NetText, DottedTextRewritingAndConversion)
 {
-    struct Row { const char *text, *rewritten; Bytes bytes; };  // no bytes: -1
+    struct Row {
+        const char *text, *rewritten;
+        Bytes bytes;
+    };  // no bytes: -1
     const Row rows[] = {
-        {"010.001.0.7", "10.1.0.7", {10, 1, 0, 7}}, {"010.1.1.1", "10.1.1.1", {10, 1, 1, 1}},
-        {"00.000.0.00", "0.0.0.0", {0, 0, 0, 0}}, {"192.0.2.100", "192.0.2.100", {192, 0, 2, 100}},
+        {"010.001.0.7", "10.1.0.7", {10, 1, 0, 7}},
+        {"010.1.1.1", "10.1.1.1", {10, 1, 1, 1}},
+        {"00.000.0.00", "0.0.0.0", {0, 0, 0, 0}},
+        {"192.0.2.100", "192.0.2.100", {192, 0, 2, 100}},
         {"1.2.3", "1.2.3", {1, 2, 0, 3}},  // inet_addr's short forms stay
         {"255.255.255.255", "255.255.255.255", {255, 255, 255, 255}},
         {"0xff.0xff.0xff.0xff", "ff.ff.ff.ff", {255, 255, 255, 255}},
         {"0XFF.0xFf.0xff.0XFF", "XFF.Ff.ff.XFF", {255, 255, 255, 255}},
         {"255.255.255.0255", "255.255.255.255", {}},  // all ones, but no broadcast spelling
-        {"0x1f", "1f", {}}, {"x0x", "", {}}, {"256.1.1.1", "256.1.1.1", {}}, {"", "", {}},
+        {"0x1f", "1f", {}},
+        {"x0x", "", {}},
+        {"256.1.1.1", "256.1.1.1", {}},
+        {"", "", {}},
     };
     for (const Row &row : rows) {
         std::string rewritten(std::strlen(row.text) + 1, kUnwritten);
@@ -64,9 +72,14 @@ TEST(NetText, DottedTextRewritingAndConversion)
 // Text to bytes and back for both families, with every capacity round the size.
 TEST(NetText, FamiliesBothWaysWithSizes)
 {
-    struct Row { uint32_t family; const char *text; Bytes bytes; };
+    struct Row {
+        uint32_t family;
+        const char *text;
+        Bytes bytes;
+    };
     const Row rows[] = {
-        {1, "192.0.2.1", {192, 0, 2, 1}}, {1, "255.255.255.255", {255, 255, 255, 255}},
+        {1, "192.0.2.1", {192, 0, 2, 1}},
+        {1, "255.255.255.255", {255, 255, 255, 255}},
         {2, "fe80::1", {0xfe, 0x80, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}},
         {2, "2001:db8::ffff:1:2", {0x20, 1, 0xd, 0xb8, 0, 0, 0, 0, 0, 0, 0xff, 0xff, 0, 1, 0, 2}},
         {2, "::ffff:10.1.2.3", {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xff, 0xff, 10, 1, 2, 3}},
@@ -89,7 +102,8 @@ TEST(NetText, FamiliesBothWaysWithSizes)
             const int32_t status = SMInetAddrNetworkToUTF8(row.family, row.bytes.data(), length, text.data(), &size);
             EXPECT_EQ(status, capacity >= needed ? 0 : SM_STATUS_BUFFER_TOO_SMALL) << row.text << " in " << capacity;
             EXPECT_EQ(size, needed);
-            EXPECT_EQ(text.substr(0, needed), status == 0 ? std::string(row.text, needed) : std::string(needed, kUnwritten));
+            EXPECT_EQ(text.substr(0, needed),
+                      status == 0 ? std::string(row.text, needed) : std::string(needed, kUnwritten));
             if (row.family == 1) {  // the IPv4-only conversion gives the same answers
                 EXPECT_EQ(SMIPAddrNetworkToASCII(network, dotted.data(), &dottedSize), status);
                 EXPECT_EQ(std::tie(dottedSize, dotted), std::tie(size, text));
@@ -106,7 +120,8 @@ TEST(NetText, FamiliesBothWaysWithSizes)
     }
     uint32_t size = 16;
     unsigned char bytes[16];
-    for (const auto &[family, bad] : {std::pair{1u, "1.2.3"}, {1u, "::1"}, {1u, ""}, {1u, "1.2.3.4 "}, {1u, "010.1.1.1"}, {2u, "fe80::1::2"}})
+    for (const auto &[family, bad] :
+         {std::pair{1u, "1.2.3"}, {1u, "::1"}, {1u, ""}, {1u, "1.2.3.4 "}, {1u, "010.1.1.1"}, {2u, "fe80::1::2"}})
         EXPECT_EQ(SMInetAddrUTF8ToNetwork(family, bad, bytes, &size), SM_STATUS_INVALID_PARAMETER) << bad;
 }
 
@@ -144,7 +159,9 @@ TEST(NetHost, HostNameCutToEveryCapacity)
 
 TEST(NetHost, DnsSuffixOfTheOfficialName)
 {
-    struct Row { const char *official, *suffix; };
+    struct Row {
+        const char *official, *suffix;
+    };
     for (const Row &row : {Row{"vm", ""}, Row{"vm.example.org", "example.org"}, Row{"vm.", ""}, Row{".lan", "lan"}}) {
         const auto needed = static_cast<uint32_t>(std::strlen(row.suffix) + 1);
         std::string buffer(needed + 1, kUnwritten);
@@ -152,7 +169,8 @@ TEST(NetHost, DnsSuffixOfTheOfficialName)
             uint32_t size = step == 0 ? needed - 1 : needed;
             EXPECT_EQ(dnsSuffixOf(row.official, step == 1 ? nullptr : buffer.data(), &size), step == 0 ? 0x10 : 0);
             EXPECT_EQ(size, needed);
-            EXPECT_EQ(buffer, step == 2 ? row.suffix + std::string(1, '\0') + kUnwritten : std::string(needed + 1, kUnwritten));
+            EXPECT_EQ(buffer,
+                      step == 2 ? row.suffix + std::string(1, '\0') + kUnwritten : std::string(needed + 1, kUnwritten));
         }
     }
     // The host itself, against the resolver's canonical name.
@@ -161,11 +179,13 @@ TEST(NetHost, DnsSuffixOfTheOfficialName)
     char suffix[256] = {};
     uint32_t size = sizeof suffix;
     const int32_t status = SMGetDNSSuffixNameName(suffix, &size);
-    if (getaddrinfo(systemHostName().substr(0, 63).c_str(), nullptr, &hints, &found) != 0 || found->ai_canonname == nullptr) {
+    if (getaddrinfo(systemHostName().substr(0, 63).c_str(), nullptr, &hints, &found) != 0 ||
+        found->ai_canonname == nullptr) {
         EXPECT_EQ(status, SM_STATUS_FAILURE) << "the host name does not resolve here";
     } else {
         const char *dot = std::strchr(found->ai_canonname, '.');
-        EXPECT_EQ(std::make_tuple(status, std::string(suffix), size), std::make_tuple(0, std::string(dot ? dot + 1 : ""), std::strlen(suffix) + 1));
+        EXPECT_EQ(std::make_tuple(status, std::string(suffix), size),
+                  std::make_tuple(0, std::string(dot ? dot + 1 : ""), std::strlen(suffix) + 1));
     }
     if (found != nullptr)
         freeaddrinfo(found);
@@ -182,10 +202,13 @@ bool addressesByGetifaddrs(Texts &ipv4, Texts &ipv6)
     for (const ifaddrs *at = all; at != nullptr; at = at->ifa_next) {
         const int family = at->ifa_addr != nullptr ? at->ifa_addr->sa_family : AF_UNSPEC;
         char text[INET6_ADDRSTRLEN];
-        if (family == AF_INET && (at->ifa_flags & (IFF_LOOPBACK | IFF_POINTOPOINT)) == 0 && (at->ifa_flags & IFF_RUNNING) != 0)
-            ipv4.push_back(inet_ntop(family, &reinterpret_cast<sockaddr_in *>(at->ifa_addr)->sin_addr, text, sizeof text));
+        if (family == AF_INET && (at->ifa_flags & (IFF_LOOPBACK | IFF_POINTOPOINT)) == 0 &&
+            (at->ifa_flags & IFF_RUNNING) != 0)
+            ipv4.push_back(
+                inet_ntop(family, &reinterpret_cast<sockaddr_in *>(at->ifa_addr)->sin_addr, text, sizeof text));
         if (family == AF_INET6 && (at->ifa_flags & (IFF_LOOPBACK | IFF_NOARP)) == 0)
-            ipv6.push_back(inet_ntop(family, &reinterpret_cast<sockaddr_in6 *>(at->ifa_addr)->sin6_addr, text, sizeof text));
+            ipv6.push_back(
+                inet_ntop(family, &reinterpret_cast<sockaddr_in6 *>(at->ifa_addr)->sin6_addr, text, sizeof text));
     }
     freeifaddrs(all);
     return true;
@@ -193,8 +216,7 @@ bool addressesByGetifaddrs(Texts &ipv4, Texts &ipv6)
 
 // Asks with capacity 0 and a null array, with room to spare, then one entry
 // short; the texts of the full answer.
-template <class List>
-Texts listWithEveryCapacity(List list)
+template <class List> Texts listWithEveryCapacity(List list)
 {
     uint32_t found = 0;
     const int32_t sizing = list(nullptr, &found);
@@ -223,42 +245,50 @@ TEST(NetLists, CountContractAgainstGetifaddrs)
     Texts ipv4, ipv6;
     if (!addressesByGetifaddrs(ipv4, ipv6))
         GTEST_SKIP() << "getifaddrs() is not served here (netlink not emulated?): no list to compare with";
-    const Texts byIpv4List = listWithEveryCapacity([](SMInetAddrEntry *e, uint32_t *n) { return SMGetIPAddrStrList(e, n, 0); });
+    const Texts byIpv4List =
+        listWithEveryCapacity([](SMInetAddrEntry *e, uint32_t *n) { return SMGetIPAddrStrList(e, n, 0); });
     EXPECT_EQ(Bag(byIpv4List.begin(), byIpv4List.end()), Bag(ipv4.begin(), ipv4.end()));
-    EXPECT_EQ(listWithEveryCapacity([](SMInetAddrEntry *e, uint32_t *n) { return SMGetInetAddrStrList(1, n, e); }), byIpv4List);
-    const Texts onlyIpv6 = listWithEveryCapacity([](SMInetAddrEntry *e, uint32_t *n) { return SMGetInetAddrStrList(2, n, e); });
+    EXPECT_EQ(listWithEveryCapacity([](SMInetAddrEntry *e, uint32_t *n) { return SMGetInetAddrStrList(1, n, e); }),
+              byIpv4List);
+    const Texts onlyIpv6 =
+        listWithEveryCapacity([](SMInetAddrEntry *e, uint32_t *n) { return SMGetInetAddrStrList(2, n, e); });
     EXPECT_EQ(Bag(onlyIpv6.begin(), onlyIpv6.end()), Bag(ipv6.begin(), ipv6.end()));
     Texts both = byIpv4List;
     both.insert(both.end(), onlyIpv6.begin(), onlyIpv6.end());
-    EXPECT_EQ(listWithEveryCapacity([](SMInetAddrEntry *e, uint32_t *n) { return SMGetInetAddrStrList(0, n, e); }), both);
+    EXPECT_EQ(listWithEveryCapacity([](SMInetAddrEntry *e, uint32_t *n) { return SMGetInetAddrStrList(0, n, e); }),
+              both);
     uint32_t count = 0;
     EXPECT_EQ(SMGetInetAddrStrList(3, &count, nullptr), SM_STATUS_INVALID_PARAMETER);
 }
 
 struct FlagsByName final : InterfaceFlags {
     std::map<std::string, uint32_t> table;
-    bool flags(const char *name, uint32_t &out) const noexcept override { return table.count(name) != 0 && (out = table.at(name), true); }
+    bool flags(const char *name, uint32_t &out) const noexcept override
+    {
+        return table.count(name) != 0 && (out = table.at(name), true);
+    }
 };
 
 TEST(NetLists, Ipv6TableOrderAndFilter)
 {
-    const std::string path = test::sandbox().writeFile("net/if_inet6",
-        "fe8000000000000000fc00fffe000001 04 40 20 80     eth0\n"
-        "20010db8000000000000000000000001 04 40 00 80     eth0\n"
-        "fec00000000000000000000000000005 05 40 40 80     eth1\n"
-        "00000000000000000000000000000001 01 80 10 80       lo\n"
-        "20010db8000000000000000000000009 07 40 00 80     sit0\n"
-        "20010db800000000000000000000000a 08 40 00 80     gone\n"
-        "fe800000000000000000000000000002 100 40 20 80 eth1\n"
-        "fd00000000000000000000000000000g 04 40 00 80     eth0\n"
-        "fd000000000000000000000000000002 04 40 00 80\n"
-        "fd00000000000000000000000000002 04 40 00 80      eth0\n"
-        "fd000000000000000000000000000003 04 40 00 80 sixteen-letters\n"
-        "fd000000000000000000000000000004 04 40 0x 80 eth0\n"
-        "fd000000000000000000000000000005 04 40 00 80 eth1 trailing words\n" +
-        std::string(300, 'f') + " 04 40 00 80 eth0\n");
+    const std::string path =
+        test::sandbox().writeFile("net/if_inet6", "fe8000000000000000fc00fffe000001 04 40 20 80     eth0\n"
+                                                  "20010db8000000000000000000000001 04 40 00 80     eth0\n"
+                                                  "fec00000000000000000000000000005 05 40 40 80     eth1\n"
+                                                  "00000000000000000000000000000001 01 80 10 80       lo\n"
+                                                  "20010db8000000000000000000000009 07 40 00 80     sit0\n"
+                                                  "20010db800000000000000000000000a 08 40 00 80     gone\n"
+                                                  "fe800000000000000000000000000002 100 40 20 80 eth1\n"
+                                                  "fd00000000000000000000000000000g 04 40 00 80     eth0\n"
+                                                  "fd000000000000000000000000000002 04 40 00 80\n"
+                                                  "fd00000000000000000000000000002 04 40 00 80      eth0\n"
+                                                  "fd000000000000000000000000000003 04 40 00 80 sixteen-letters\n"
+                                                  "fd000000000000000000000000000004 04 40 0x 80 eth0\n"
+                                                  "fd000000000000000000000000000005 04 40 00 80 eth1 trailing words\n" +
+                                                      std::string(300, 'f') + " 04 40 00 80 eth0\n");
     FlagsByName flags;
-    flags.table = {{"eth0", IFF_UP | IFF_RUNNING}, {"eth1", IFF_UP}, {"lo", IFF_UP | IFF_LOOPBACK}, {"sit0", IFF_UP | IFF_NOARP}};
+    flags.table = {
+        {"eth0", IFF_UP | IFF_RUNNING}, {"eth1", IFF_UP}, {"lo", IFF_UP | IFF_LOOPBACK}, {"sit0", IFF_UP | IFF_NOARP}};
     const Texts expected = {"2001:db8::1", "fd00::5", "fec0::5", "fe80::fc:ff:fe00:1", "fe80::2"};
     for (uint32_t capacity : {8u, 5u, 2u, 0u}) {
         std::vector<SMInetAddrEntry> entries(8);
@@ -267,15 +297,15 @@ TEST(NetLists, Ipv6TableOrderAndFilter)
         EXPECT_EQ(list.count(), expected.size());
         EXPECT_EQ(list.status(), capacity < expected.size() ? SM_STATUS_BUFFER_TOO_SMALL : 0);
         for (uint32_t i = 0; i < 8; ++i)
-            EXPECT_EQ(entries[i].address + std::to_string(entries[i].family), i < std::min<std::size_t>(capacity, 5) ? expected[i] + "2" : "0");
+            EXPECT_EQ(entries[i].address + std::to_string(entries[i].family),
+                      i < std::min<std::size_t>(capacity, 5) ? expected[i] + "2" : "0");
     }
     EntryList none(nullptr, 0);
     EXPECT_EQ(appendIpv6(none, test::sandbox().path("net/absent").c_str(), flags), 0);
     EXPECT_EQ(none.count(), 0u);
 }
 
-template <class F, class... Args>
-int32_t callLoaded(void *library, const char *name, F *, Args... args)
+template <class F, class... Args> int32_t callLoaded(void *library, const char *name, F *, Args... args)
 {
     return reinterpret_cast<F *>(dlsym(library, name))(args...);
 }
@@ -306,7 +336,8 @@ TEST(NetReady, NotReadyBeforeAndStillReadyAfterStop)
         stopNetwork();
         if (networkStarted() || !networkReady() || SMIPAddrASCIIToNetwork("1.2.3.4", &size) != 0 || !startNetwork())
             return 101;
-        return static_cast<int>(std::count_if(std::begin(answers), std::end(answers), [](int32_t a) { return a != 0x11; }));
+        return static_cast<int>(
+            std::count_if(std::begin(answers), std::end(answers), [](int32_t a) { return a != 0x11; }));
     });
     EXPECT_EQ(result, 0) << "100: dlopen failed, 101: readiness after stop and start, else answers other than 0x11";
 }
@@ -317,14 +348,24 @@ TEST(NetReady, MissingPointers)
     char text[16];
     SMInetAddrEntry entry;
     const int32_t answers[] = {
-        SMGetIPHostName(nullptr, &size), SMGetIPHostName(text, nullptr), SMUCS2GetIPHostName(nullptr, nullptr),
-        SMGetDNSSuffixNameName(text, nullptr), SMIPAddrASCIIToNetwork(nullptr, &address), SMIPAddrASCIIToNetwork("1.2.3.4", nullptr),
-        SMIPAddrNetworkToASCII(0, nullptr, &size), SMIPAddrNetworkToASCII(0, text, nullptr),
-        SMInetAddrUTF8ToNetwork(1, nullptr, text, &size), SMInetAddrUTF8ToNetwork(1, "1.2.3.4", nullptr, &size),
-        SMInetAddrUTF8ToNetwork(1, "1.2.3.4", text, nullptr), SMInetAddrNetworkToUTF8(1, nullptr, 4, text, &size),
-        SMInetAddrNetworkToUTF8(1, text, 4, nullptr, &size), SMInetAddrNetworkToUTF8(1, text, 4, text, nullptr),
-        SMGetIPAddrStrList(&entry, nullptr, 0), SMGetIPAddrStrList(nullptr, &size, 0),
-        SMGetInetAddrStrList(0, nullptr, &entry), SMGetInetAddrStrList(0, &size, nullptr),
+        SMGetIPHostName(nullptr, &size),
+        SMGetIPHostName(text, nullptr),
+        SMUCS2GetIPHostName(nullptr, nullptr),
+        SMGetDNSSuffixNameName(text, nullptr),
+        SMIPAddrASCIIToNetwork(nullptr, &address),
+        SMIPAddrASCIIToNetwork("1.2.3.4", nullptr),
+        SMIPAddrNetworkToASCII(0, nullptr, &size),
+        SMIPAddrNetworkToASCII(0, text, nullptr),
+        SMInetAddrUTF8ToNetwork(1, nullptr, text, &size),
+        SMInetAddrUTF8ToNetwork(1, "1.2.3.4", nullptr, &size),
+        SMInetAddrUTF8ToNetwork(1, "1.2.3.4", text, nullptr),
+        SMInetAddrNetworkToUTF8(1, nullptr, 4, text, &size),
+        SMInetAddrNetworkToUTF8(1, text, 4, nullptr, &size),
+        SMInetAddrNetworkToUTF8(1, text, 4, text, nullptr),
+        SMGetIPAddrStrList(&entry, nullptr, 0),
+        SMGetIPAddrStrList(nullptr, &size, 0),
+        SMGetInetAddrStrList(0, nullptr, &entry),
+        SMGetInetAddrStrList(0, &size, nullptr),
     };
     for (std::size_t i = 0; i < std::size(answers); ++i)
         EXPECT_EQ(answers[i], SM_STATUS_BAD_ARGUMENT) << "call " << i;
@@ -337,15 +378,21 @@ TEST(NetThreads, ConcurrentCallsAgree)
         char suffix[256] = {};
         uint32_t size = sizeof suffix, address = 0, count = 16;
         SMInetAddrEntry entries[16];
-        std::string all = std::to_string(SMGetDNSSuffixNameName(suffix, &size) + SMIPAddrASCIIToNetwork("010.1.2.3", &address)) + suffix;
+        std::string all =
+            std::to_string(SMGetDNSSuffixNameName(suffix, &size) + SMIPAddrASCIIToNetwork("010.1.2.3", &address)) +
+            suffix;
         all += std::to_string(SMGetInetAddrStrList(0, &count, entries) + address);
-        return std::accumulate(entries, entries + std::min(count, 16u), all, [](std::string a, const SMInetAddrEntry &e) { return a + e.address; });
+        return std::accumulate(entries, entries + std::min(count, 16u), all,
+                               [](std::string a, const SMInetAddrEntry &e) { return a + e.address; });
     };
     const std::string alone = snapshot();
     std::atomic<int> differing{0};
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i)
-        threads.emplace_back([&] { for (int round = 0; round < 20; ++round) differing += snapshot() != alone; });
+        threads.emplace_back([&] {
+            for (int round = 0; round < 20; ++round)
+                differing += snapshot() != alone;
+        });
     std::for_each(threads.begin(), threads.end(), [](std::thread &t) { t.join(); });
     EXPECT_EQ(differing, 0);
 }

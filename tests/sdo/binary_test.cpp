@@ -13,11 +13,23 @@ namespace {
 const std::pair<std::vector<std::tuple<uint16_t, uint8_t, Bytes>>, Bytes> kLayouts[] = {
     {{}, kEmpty},
     {{{4, 7, {1, 2, 3, 4}}, {2, 0x40, {1, 2}}, {3, 0xF5, {1, 2, 3}}, {1, 5, {0xFF}}},
-     Bin().header("SDOB", 4, 40).inlined(1, 5, {0xFF}).inlined(2, 0x40, {1, 2}).inlined(3, 0xF5, {1, 2, 3})
-         .inlined(4, 7, {1, 2, 3, 4}).bytes},
+     Bin()
+         .header("SDOB", 4, 40)
+         .inlined(1, 5, {0xFF})
+         .inlined(2, 0x40, {1, 2})
+         .inlined(3, 0xF5, {1, 2, 3})
+         .inlined(4, 7, {1, 2, 3, 4})
+         .bytes},
     {{{7, 14, {1, 2, 3, 4, 5, 6}}}, Bin().header("SDOB", 1, 22).outOfLine(7, 14, 6, 8).raw({1, 2, 3, 4, 5, 6}).bytes},
-    {{{9, 9, Bytes(6, 9)}, {3, 5, {3}}, {5, 0x8E, Bytes(5, 5)}}, Bin().header("SDOB", 3, 43).inlined(3, 5, {3})
-         .outOfLine(5, 0x8E, 5, 16).outOfLine(9, 9, 6, 13).raw(Bytes(5, 5)).raw(Bytes(6, 9)).bytes},
+    {{{9, 9, Bytes(6, 9)}, {3, 5, {3}}, {5, 0x8E, Bytes(5, 5)}},
+     Bin()
+         .header("SDOB", 3, 43)
+         .inlined(3, 5, {3})
+         .outOfLine(5, 0x8E, 5, 16)
+         .outOfLine(9, 9, 6, 13)
+         .raw(Bytes(5, 5))
+         .raw(Bytes(6, 9))
+         .bytes},
     {{{2, 0x2C, kChild}}, Bin().header("SDOB", 1, 32).outOfLine(2, 0x2C, 16, 8).raw(kChild).bytes},
     {{{3, 0x5C, kPair}}, Bin().header("SDOB", 1, 48).outOfLine(3, 0x5C, 32, 8).raw(kPair).bytes},
 };
@@ -37,8 +49,13 @@ TEST(SdoBinary, ObjectsSerialiseToExactBytesAndReadBack)
 
 TEST(SdoBinary, SetDataInPlaceOrByRebuilding)
 {
-    Bytes block = Bin().header("SDOB", 2, 30).inlined(7, 6, {1, 2}).outOfLine(9, 14, 6, 8).raw(Bytes(6, 6))
-                      .raw(Bytes(10, 0)).bytes;  // room for 40
+    Bytes block = Bin()
+                      .header("SDOB", 2, 30)
+                      .inlined(7, 6, {1, 2})
+                      .outOfLine(9, 14, 6, 8)
+                      .raw(Bytes(6, 6))
+                      .raw(Bytes(10, 0))
+                      .bytes;  // room for 40
     const Bytes three{3, 3, 3}, five{5, 5, 5, 5, 5}, six{7, 7, 7, 7, 7, 7};
     uint32_t size = 40;
     EXPECT_EQ(SMSDOBinarySetData(block.data(), &size, 7, 6, three.data(), 3), 0);
@@ -70,8 +87,7 @@ struct Trace {
     Events events;
     std::string stopAt;
 
-    template <class... Words>
-    static int32_t note(void *trace, Words... words)
+    template <class... Words> static int32_t note(void *trace, Words... words)
     {
         std::ostringstream line;
         ((line << words << ' '), ...);
@@ -95,8 +111,14 @@ struct Trace {
 
 TEST(SdoBinary, WalkVisitsDepthFirstWithCookies)
 {
-    const Bytes block = Bin().header("SDOB", 3, 80).inlined(1, 0xE5, {1}).outOfLine(2, 0x2C, 16, 16)
-                            .outOfLine(3, 0x1C, 32, 24).raw(kChild).raw(kPair).bytes;
+    const Bytes block = Bin()
+                            .header("SDOB", 3, 80)
+                            .inlined(1, 0xE5, {1})
+                            .outOfLine(2, 0x2C, 16, 16)
+                            .outOfLine(3, 0x1C, 32, 24)
+                            .raw(kChild)
+                            .raw(kPair)
+                            .bytes;
     Trace trace;
     EXPECT_EQ(SMSDOBinaryWalk(block.data(), &trace, Trace::begin, Trace::entry, Trace::after, Trace::end, 1), 0);
     EXPECT_EQ(trace.events, (Events{"begin 0 0 3 -1", "entry 1 3 1 0 5 1", "after 101", "entry 2 0 1 0 12 16",
@@ -199,20 +221,34 @@ TEST(SdoBinary, RefusedInput)
     uint32_t size = sizeof out, count = 2, room = 32, small = 15;
     SDOConfig *made[2] = {};
     const std::pair<int64_t, int64_t> rows[] = {
-        {SMSDOConfigAddData(nullptr, 6, 6, out, 2, 0), 0x10F}, {SMSDOConfigRemoveData(nullptr, 5, 0, 0), 0x10F},
+        {SMSDOConfigAddData(nullptr, 6, 6, out, 2, 0), 0x10F},
+        {SMSDOConfigRemoveData(nullptr, 5, 0, 0), 0x10F},
         {SMSDOConfigGetDataByIndex(config.get(), 0, nullptr, nullptr, out, &size), 0x10F},
-        {SMSDOConfigGetCount(nullptr), 0xFFFFFFFF}, {SMSDOConfigGetBinarySize(nullptr), 0},
-        {SMSDOConfigReCalcBinarySize(nullptr), 0}, {SMSDOConfigCompareByValue(nullptr, nullptr), 1},
-        {SMSDOConfigCompareByValue(config.get(), nullptr), 0}, {SMSDOConfigClone(nullptr) == nullptr, 1},
-        {SMSDOConfigToBinary(nullptr, out, &size), 0x10F}, {SMSDOConfigToBinary(config.get(), out, &small), 0x10},
-        {small, 15}, {SMSDOBinaryToConfig(nullptr) == nullptr, 1}, {SMSDOBinaryToConfig(array) == nullptr, 1},
-        {SMSDOBinaryGetCount(object, &isArray), 1}, {isArray, 0}, {SMSDOBinaryGetSize(array, &isArray), 32},
-        {isArray, 1}, {SMSDOBinaryGetCount(out, nullptr), 0xFFFFFFFF}, {SMSDOBinaryGetSize(out, nullptr), 0},
+        {SMSDOConfigGetCount(nullptr), 0xFFFFFFFF},
+        {SMSDOConfigGetBinarySize(nullptr), 0},
+        {SMSDOConfigReCalcBinarySize(nullptr), 0},
+        {SMSDOConfigCompareByValue(nullptr, nullptr), 1},
+        {SMSDOConfigCompareByValue(config.get(), nullptr), 0},
+        {SMSDOConfigClone(nullptr) == nullptr, 1},
+        {SMSDOConfigToBinary(nullptr, out, &size), 0x10F},
+        {SMSDOConfigToBinary(config.get(), out, &small), 0x10},
+        {small, 15},
+        {SMSDOBinaryToConfig(nullptr) == nullptr, 1},
+        {SMSDOBinaryToConfig(array) == nullptr, 1},
+        {SMSDOBinaryGetCount(object, &isArray), 1},
+        {isArray, 0},
+        {SMSDOBinaryGetSize(array, &isArray), 32},
+        {isArray, 1},
+        {SMSDOBinaryGetCount(out, nullptr), 0xFFFFFFFF},
+        {SMSDOBinaryGetSize(out, nullptr), 0},
         {SMSDOBinaryGetDataByID(array, 7, nullptr, out, &size), 0x101},
         {SMSDOBinaryGetDataByIndex(array, 0, &id, nullptr, out, &size), 0x101},
         {SMSDOBinarySetData(pair.data(), &room, 7, 6, out, 2), 0x10F},
-        {walk(out), 0x10F}, {walk(longNested.data()), 0}, {walk(pastEnd.data()), 0x10F},
-        {SMSDOBinaryArrayInitHeader(nullptr, 8), 0x10F}, {SMSDOBinaryArrayInitHeader(out, 7), 0x10},
+        {walk(out), 0x10F},
+        {walk(longNested.data()), 0},
+        {walk(pastEnd.data()), 0x10F},
+        {SMSDOBinaryArrayInitHeader(nullptr, 8), 0x10F},
+        {SMSDOBinaryArrayInitHeader(out, 7), 0x10},
         {SMSDOBinaryArrayAddData(child.data(), &room, object, 16), 0x10F},
         {SMSDOBinaryArrayAddData(pastEnd.data(), &room, object, 16), 0x10F},
         {SMSDOBinaryArrayAddData(pair.data(), &small, object, 16), 0x10},
@@ -222,8 +258,10 @@ TEST(SdoBinary, RefusedInput)
         {SMSDOBinaryArrayGetByIndex(pastEnd.data(), 0, 1, out, &size), 0x101},
         {SMSDOConfigArrayToBinaryArray(nullptr, 3, out, &size), 0x10F},
         // and the element made first is freed again
-        {SMSDOBinaryArrayToConfigArray(odd.data(), made, &count), 0x101}, {made[0] == nullptr, 1},
-        {SMSDOBinaryArrayToConfigArray(pastEnd.data(), made, &count), 0x101}, {made[0] == nullptr, 1}};
+        {SMSDOBinaryArrayToConfigArray(odd.data(), made, &count), 0x101},
+        {made[0] == nullptr, 1},
+        {SMSDOBinaryArrayToConfigArray(pastEnd.data(), made, &count), 0x101},
+        {made[0] == nullptr, 1}};
     for (size_t row = 0; row < std::size(rows); ++row)
         EXPECT_EQ(rows[row].first, rows[row].second) << "row " << row;
 }

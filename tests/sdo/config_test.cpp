@@ -16,10 +16,18 @@ TEST(SdoConfig, AddRefusesWhatItCannotHold)
     const Bytes broken = Bin().header("SDOB", 1, 8).bytes;  // states a slot it has no room for
     void *const nullHandles[2] = {config.get(), nullptr};
     const std::tuple<uint16_t, uint8_t, const void *, uint32_t, int32_t> cases[] = {
-        {0, 6, two.data(), 2, 0x10F},     {0xFFFE, 6, two.data(), 2, 0x10F},  {0xFFFF, 6, two.data(), 2, 0x10F},
-        {6, 0, two.data(), 2, 0x10F},     {6, 6, nullptr, 2, 0x10F},          {6, 6, two.data(), 0, 0x10F},
-        {6, 12, two.data(), 2, 0x10F},    {6, 12, noBlock.data(), 8, 0x10F},  {6, 13, config.get(), 3, 0x10F},
-        {6, 12, broken.data(), 8, -1},    {5, 6, two.data(), 2, 0x102},       {6, 0x40, two.data(), 2, 0},
+        {0, 6, two.data(), 2, 0x10F},
+        {0xFFFE, 6, two.data(), 2, 0x10F},
+        {0xFFFF, 6, two.data(), 2, 0x10F},
+        {6, 0, two.data(), 2, 0x10F},
+        {6, 6, nullptr, 2, 0x10F},
+        {6, 6, two.data(), 0, 0x10F},
+        {6, 12, two.data(), 2, 0x10F},
+        {6, 12, noBlock.data(), 8, 0x10F},
+        {6, 13, config.get(), 3, 0x10F},
+        {6, 12, broken.data(), 8, -1},
+        {5, 6, two.data(), 2, 0x102},
+        {6, 0x40, two.data(), 2, 0},
         {6, 0x1D, nullHandles, 2 * kHandle, 0x10F},
     };
     for (const auto &[id, type, value, size, status] : cases)
@@ -48,19 +56,20 @@ TEST(SdoConfig, LookupsOnTheObjectAndItsBinaryFormThenRemoval)
     const Bytes binary = serialise(config.get());
     // By ID or by index, key, capacity; status, size reported by the object and by the binary form.
     const std::tuple<bool, uint16_t, uint32_t, int32_t, uint32_t, uint32_t> lookups[] = {
-        {true, 5, 8, 0, 2, 4},          {false, 0, 8, 0, 1, 1},    {false, 2, 8, 0, 6, 6},
-        {true, 9, 5, 0x10, 6, 6},       {false, 1, 1, 0x10, 2, 2}, {true, 4, 8, 0x100, 8, 8},
-        {true, 0xFFFF, 8, 0x10F, 8, 8}, {false, 3, 8, 0xC, 8, 8}};
+        {true, 5, 8, 0, 2, 4},     {false, 0, 8, 0, 1, 1},    {false, 2, 8, 0, 6, 6},         {true, 9, 5, 0x10, 6, 6},
+        {false, 1, 1, 0x10, 2, 2}, {true, 4, 8, 0x100, 8, 8}, {true, 0xFFFF, 8, 0x10F, 8, 8}, {false, 3, 8, 0xC, 8, 8}};
     for (const auto &[byId, key, capacity, expected, objectSize, binarySize] : lookups)
         for (const bool inBinary : {false, true}) {
-            SCOPED_TRACE(::testing::Message() << (inBinary ? "binary " : "object ") << (byId ? "ID " : "index ") << key);
+            SCOPED_TRACE(::testing::Message()
+                         << (inBinary ? "binary " : "object ") << (byId ? "ID " : "index ") << key);
             uint8_t type = 0, out[8] = {};
             uint16_t id = 0;
             uint32_t size = capacity;
-            const int32_t status = inBinary ? (byId ? SMSDOBinaryGetDataByID(binary.data(), key, &type, out, &size)
-                                                    : SMSDOBinaryGetDataByIndex(binary.data(), key, &id, &type, out, &size))
-                                            : (byId ? SMSDOConfigGetDataByID(config.get(), key, &type, out, &size)
-                                                    : SMSDOConfigGetDataByIndex(config.get(), key, &id, &type, out, &size));
+            const int32_t status = inBinary
+                                       ? (byId ? SMSDOBinaryGetDataByID(binary.data(), key, &type, out, &size)
+                                               : SMSDOBinaryGetDataByIndex(binary.data(), key, &id, &type, out, &size))
+                                       : (byId ? SMSDOConfigGetDataByID(config.get(), key, &type, out, &size)
+                                               : SMSDOConfigGetDataByIndex(config.get(), key, &id, &type, out, &size));
             EXPECT_EQ(status, expected);
             EXPECT_EQ(size, inBinary ? binarySize : objectSize);
             const bool found = status == 0 || (status == 0x10 && !inBinary);
@@ -124,8 +133,13 @@ TEST(SdoConfig, NestedChildrenCloneAndRecalculation)
     EXPECT_EQ(SMSDOConfigGetDataByID(parent.get(), 4, &type, nullptr, &size), 0x10);
     EXPECT_EQ(std::make_pair(type, size), std::make_pair(uint8_t{0x5D}, 2 * kHandle)) << "two objects made here";
     EXPECT_EQ(SMSDOConfigRemoveData(parent.get(), 4, 0, 0), 0) << "both children are freed";
-    EXPECT_EQ(serialise(parent.get()), Bin().header("SDOB", 3, 48).outOfLine(1, 12, 16, 24).inlined(2, 6, {1, 2})
-                                           .inlined(3, 0x26, {1, 2}).raw(kChild).bytes);
+    EXPECT_EQ(serialise(parent.get()), Bin()
+                                           .header("SDOB", 3, 48)
+                                           .outOfLine(1, 12, 16, 24)
+                                           .inlined(2, 6, {1, 2})
+                                           .inlined(3, 0x26, {1, 2})
+                                           .raw(kChild)
+                                           .bytes);
     add(stranger, 2, 6, {7, 7, 7, 7, 7, 7});
     EXPECT_EQ(serialise(parent.get(), -1).size(), 62u) << "the parent charged the child's old size";
 }

@@ -18,7 +18,11 @@ inline constexpr uint32_t kHandle = sizeof(void *);
 // Builds a binary form: Bin().header("SDOB", 1, 16).inlined(7, 6, {1, 2}).bytes
 struct Bin {
     Bytes bytes;
-    Bin &raw(const Bytes &values) { bytes.insert(bytes.end(), values.begin(), values.end()); return *this; }
+    Bin &raw(const Bytes &values)
+    {
+        bytes.insert(bytes.end(), values.begin(), values.end());
+        return *this;
+    }
     Bin &u16(uint16_t v) { return raw({reinterpret_cast<uint8_t *>(&v)[0], reinterpret_cast<uint8_t *>(&v)[1]}); }
     Bin &header(const char *m, uint16_t n, uint16_t total) { return raw(Bytes(m, m + 4)).u16(n).u16(total); }
     // The value left-aligned in the slot's four bytes, flags its length - 1.
@@ -57,8 +61,7 @@ inline void add(SDOConfig *config, uint16_t id, uint8_t type, const Bytes &value
 }
 
 // The bytes of a value in host order.
-template <class T>
-Bytes of(T v)
+template <class T> Bytes of(T v)
 {
     Bytes b(sizeof v);
     std::memcpy(b.data(), &v, sizeof v);

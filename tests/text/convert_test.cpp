@@ -65,16 +65,26 @@ TEST(Utf8ToUcs2, EveryFormAtEveryCapacityAndInvalidTextNeverReadPastItsEnd)
     // without subtracting 0x10000; continuations are only tested for non-zero;
     // overlong forms decode to their value, five- and six-byte forms too. The
     // last piece ends the text, where the decoder has fewer than four bytes.
-    expectConversionAtEveryCapacity<char, ucs2>(
-        SMUTF8StrToUCS2Str, "plain ASCII, in blocks",
-        {{"\xE9\x41\x42", u"\x9042"}, {"\xED\xA0\x80", u"\xD800"}, {"\xF0\x9F\x98\x80", u"\xD87D\xDE00"},
-         {"\xF4\x8F\xBF\xBF", u"\xD83F\xDFFF"}, {"\xC1\x81", u"A"}, {"\xF8\x80\x80\x81\x82", u"B"},
-         {"\xFC\x80\x80\x80\x81\x83", u"C"}, {"\xC0\x80", std::u16string(1, 0)}, {"\xEA\x41\x43", u"\xA043"}});
+    expectConversionAtEveryCapacity<char, ucs2>(SMUTF8StrToUCS2Str, "plain ASCII, in blocks",
+                                                {{"\xE9\x41\x42", u"\x9042"},
+                                                 {"\xED\xA0\x80", u"\xD800"},
+                                                 {"\xF0\x9F\x98\x80", u"\xD87D\xDE00"},
+                                                 {"\xF4\x8F\xBF\xBF", u"\xD83F\xDFFF"},
+                                                 {"\xC1\x81", u"A"},
+                                                 {"\xF8\x80\x80\x81\x82", u"B"},
+                                                 {"\xFC\x80\x80\x80\x81\x83", u"C"},
+                                                 {"\xC0\x80", std::u16string(1, 0)},
+                                                 {"\xEA\x41\x43", u"\xA043"}});
 
     // Bytes that cannot lead, code points above 0x10FFFF, then every sequence
     // cut short by the terminator. Decoding fails before the room runs out.
-    std::vector<std::string> bad{"\x80", "\xBFwxyz", "\xFEwxyz", "\xFFwxyz",
-                                 "\xF4\x90\x80\x80", "\xF8\x88\x80\x80\x80", "\xFC\x84\x80\x80\x80\x80"};
+    std::vector<std::string> bad{"\x80",
+                                 "\xBFwxyz",
+                                 "\xFEwxyz",
+                                 "\xFFwxyz",
+                                 "\xF4\x90\x80\x80",
+                                 "\xF8\x88\x80\x80\x80",
+                                 "\xFC\x84\x80\x80\x80\x80"};
     for (std::string_view full : {"\xC3\xA9", "\xE9\x41\x42", "\xF0\x9F\x98\x80", "\xFC\x80\x80\x80\x81\x81"})
         for (std::size_t cut = 1; cut < full.size(); ++cut)
             bad.emplace_back(full.substr(0, cut));
@@ -95,10 +105,14 @@ TEST(Ucs2ToUtf8, EveryUnitAtEveryCapacityAndSurrogatesTakeTheOpeningPair)
     // A surrogate unit is not decoded where it stands: it stands for the
     // text's opening pair, its own two units included, or for its first
     // character when that is no surrogate.
-    expectConversionAtEveryCapacity<ucs2, char>(
-        SMUCS2StrToUTF8Str, "plain ASCII, in blocks",
-        {{u"\x7F", "\x7F"}, {u"\x80", "\xC2\x80"}, {u"\x7FF", "\xDF\xBF"}, {u"\x800", "\xE0\xA0\x80"},
-         {u"\xD83D", "p"}, {u"\xDE00", "p"}, {u"\xFFFF", "\xEF\xBF\xBF"}});
+    expectConversionAtEveryCapacity<ucs2, char>(SMUCS2StrToUTF8Str, "plain ASCII, in blocks",
+                                                {{u"\x7F", "\x7F"},
+                                                 {u"\x80", "\xC2\x80"},
+                                                 {u"\x7FF", "\xDF\xBF"},
+                                                 {u"\x800", "\xE0\xA0\x80"},
+                                                 {u"\xD83D", "p"},
+                                                 {u"\xDE00", "p"},
+                                                 {u"\xFFFF", "\xEF\xBF\xBF"}});
     const std::string smile = "\xF0\x9F\x98\x80";
     expectConversionAtEveryCapacity<ucs2, char>(
         SMUCS2StrToUTF8Str, "", {{u"\xD83D", smile}, {u"\xDE00", smile}, {u"x", "x"}, {u"\xDC00", smile}});

@@ -32,7 +32,8 @@ TEST(HexDump, LineLayout)
     EXPECT_EQ(dumpOf({'A', 'B', 'C', 'D', 'E'}, 0x100),
               "0x00000100: 41 42 43 44:45" + std::string(36, ' ') + "ABCDE" + std::string(12, ' ') + "\r\n");
     const Bytes edges{0x1F, 0x20, 0x7A, 0x7B, 0x7C, 0x7E, 0x7F, 0x80, 0xFF, 0, 'a', 'z', '0', '~', '{', 0x30};
-    EXPECT_EQ(dumpOf(edges, 0xFFFFFFF8), "0xFFFFFFF8: 1F 20 7A 7B:7C 7E 7F 80:FF 00 61 7A:30 7E 7B 30   . z.......az0..0 \r\n");
+    EXPECT_EQ(dumpOf(edges, 0xFFFFFFF8),
+              "0xFFFFFFF8: 1F 20 7A 7B:7C 7E 7F 80:FF 00 61 7A:30 7E 7B 30   . z.......az0..0 \r\n");
     Bytes seventeen(17, 0x41);
     const std::string two = dumpOf(seventeen, 0);
     EXPECT_EQ(two.substr(81), "0x00000010: 41" + std::string(48, ' ') + "A" + std::string(16, ' ') + "\r\n");
@@ -43,7 +44,8 @@ TEST(HexDump, LineLayout)
     ASSERT_EQ(tx::hexDumpAppendUcs2(&wide, seventeen.data(), 17, 0), 0);
     EXPECT_EQ(zksupt::test::units(static_cast<const ucs2 *>(wide.buf)), std::u16string(two.begin(), two.end()));
     SMSizedString none{};  // no buffer to append to
-    EXPECT_EQ(tx::hexDumpAppend(&none, seventeen.data(), 17, 0) + tx::hexDumpAppendUcs2(&none, seventeen.data(), 17, 0), -2);
+    EXPECT_EQ(tx::hexDumpAppend(&none, seventeen.data(), 17, 0) + tx::hexDumpAppendUcs2(&none, seventeen.data(), 17, 0),
+              -2);
     SMSSUCS2StrFree(&wide);
 }
 
@@ -78,12 +80,22 @@ TEST(ByteText, RoundTrips)
 // Parsed bytes, or "(null)" and *len.
 TEST(ByteText, ParsersStopWhereTheyMust)
 {
-    struct Row { bool list; std::string text; uint32_t size; std::string bytes; };
-    for (Row row : std::vector<Row>{{true, "0x01,0xFF", 9, "(null) 9"}, {true, "0x1FF,0x1", 10, "(null) 0"},  // 9: not 5 * n
-                                    {true, "0x01,zz,0x02", 15, "\x01"}, {true, ",,7, 0x8,a,b,c,d", 15, "\x07\x08\x0A"},
-                                    {false, "ABC", 4, "\xAB\x0C"}, {false, "01G2", 5, "\x01"}, {false, "01-1", 5, "(null) 0"},
+    struct Row {
+        bool list;
+        std::string text;
+        uint32_t size;
+        std::string bytes;
+    };
+    for (Row row : std::vector<Row>{{true, "0x01,0xFF", 9, "(null) 9"},
+                                    {true, "0x1FF,0x1", 10, "(null) 0"},  // 9: not 5 * n
+                                    {true, "0x01,zz,0x02", 15, "\x01"},
+                                    {true, ",,7, 0x8,a,b,c,d", 15, "\x07\x08\x0A"},
+                                    {false, "ABC", 4, "\xAB\x0C"},
+                                    {false, "01G2", 5, "\x01"},
+                                    {false, "01-1", 5, "(null) 0"},
                                     {false, "0102", 2, "\x01"}}) {  // the size bounds the text
-        uint8_t *got = row.list ? tx::byteListParse(row.text.data(), &row.size) : tx::hexStringParse(row.text.c_str(), &row.size);
+        uint8_t *got =
+            row.list ? tx::byteListParse(row.text.data(), &row.size) : tx::hexStringParse(row.text.c_str(), &row.size);
         EXPECT_EQ(got ? std::string(got, got + row.size) : "(null) " + std::to_string(row.size), row.bytes) << row.text;
         std::free(got);
     }
@@ -101,9 +113,18 @@ TEST(NumberText, ToText)
     EXPECT_EQ(tx::decimalToUint64(text), UINT64_MAX);
     EXPECT_EQ(tx::decimalToInt64(" \t-12ab"), -12);
     EXPECT_EQ(tx::decimalToUint64("-5") + tx::decimalToUint64("+7") + tx::decimalToUint64("18446744073709551616"), 7u);
-    struct Row { int32_t value; uint32_t radix; std::string text; };
-    for (const Row &row : std::vector<Row>{{0, 2, ""}, {5, 2, "101"}, {INT32_MIN, 2, "1" + std::string(31, '0')},
-                                           {-1, 8, "37777777777"}, {-1, 16, "ffffffff"}, {-42, 10, "-42"}, {7, 3, "7"}}) {
+    struct Row {
+        int32_t value;
+        uint32_t radix;
+        std::string text;
+    };
+    for (const Row &row : std::vector<Row>{{0, 2, ""},
+                                           {5, 2, "101"},
+                                           {INT32_MIN, 2, "1" + std::string(31, '0')},
+                                           {-1, 8, "37777777777"},
+                                           {-1, 16, "ffffffff"},
+                                           {-42, 10, "-42"},
+                                           {7, 3, "7"}}) {
         tx::int32ToRadixText(row.value, text, row.radix);
         EXPECT_EQ(text, row.text);
     }
@@ -134,29 +155,60 @@ constexpr uint32_t kBad = 0x10F;
 
 TEST(NumberText, ThirtyTwoBitFormats)
 {
-    struct Row { const char *text; uint32_t format; int32_t i; uint32_t u; uint32_t status; };
-    const std::vector<Row> rows{
-        {"0x1F", 0x400, 31, 31, 0}, {"1f", 0x400, 31, 31, 0}, {"0X", 0x400, 0, 0, kBad}, {"123456789", 0x400, 0, 0, kBad},
-        {"FFFFFFFF", 0x400, INT32_MAX, UINT32_MAX, 0}, {"17", 0x200, 15, 15, 0}, {"9", 0x200, 0, 0, kBad},
-        {"", 0x200, 0, 0, kBad}, {"+7", 0x200, 0, 0, kBad}, {"+", 0, 0, 0, 0}, {"", 0x300, 0, 0, 0},
-        {"-5", 0x300, -5, 4294967291u, 0}, {" 5", 0, 0, 0, kBad}, {"5 ", 0, 0, 0, kBad}, {"0x5", 0, 0, 0, kBad},
-        {"4294967296", 0, INT32_MAX, UINT32_MAX, 0}, {"-2147483649", 0, INT32_MIN, 2147483647u, 0},
-        {"-99999999999", 0, INT32_MIN, UINT32_MAX, 0}, {"12", 0x100, 0, 0, kBad}, {nullptr, 0, 0, 0, kBad}};
+    struct Row {
+        const char *text;
+        uint32_t format;
+        int32_t i;
+        uint32_t u;
+        uint32_t status;
+    };
+    const std::vector<Row> rows{{"0x1F", 0x400, 31, 31, 0},
+                                {"1f", 0x400, 31, 31, 0},
+                                {"0X", 0x400, 0, 0, kBad},
+                                {"123456789", 0x400, 0, 0, kBad},
+                                {"FFFFFFFF", 0x400, INT32_MAX, UINT32_MAX, 0},
+                                {"17", 0x200, 15, 15, 0},
+                                {"9", 0x200, 0, 0, kBad},
+                                {"", 0x200, 0, 0, kBad},
+                                {"+7", 0x200, 0, 0, kBad},
+                                {"+", 0, 0, 0, 0},
+                                {"", 0x300, 0, 0, 0},
+                                {"-5", 0x300, -5, 4294967291u, 0},
+                                {" 5", 0, 0, 0, kBad},
+                                {"5 ", 0, 0, 0, kBad},
+                                {"0x5", 0, 0, 0, kBad},
+                                {"4294967296", 0, INT32_MAX, UINT32_MAX, 0},
+                                {"-2147483649", 0, INT32_MIN, 2147483647u, 0},
+                                {"-99999999999", 0, INT32_MIN, UINT32_MAX, 0},
+                                {"12", 0x100, 0, 0, kBad},
+                                {nullptr, 0, 0, 0, kBad}};
     for (const Row &row : rows) {
         uint32_t iStatus = 99, uStatus = 99;
         const int32_t i = tx::textToInt32(row.text, row.format, &iStatus);
         const uint32_t u = tx::textToUint32(row.text, row.format, &uStatus);
-        EXPECT_EQ(std::tie(i, u, iStatus, uStatus), std::tie(row.i, row.u, row.status, row.status)) << (row.text ? row.text : "null");
+        EXPECT_EQ(std::tie(i, u, iStatus, uStatus), std::tie(row.i, row.u, row.status, row.status))
+            << (row.text ? row.text : "null");
     }
 }
 
 TEST(NumberText, SixtyFourBitFormats)
 {
-    struct Row { const char *text; uint32_t format; int64_t i; uint32_t iStatus; uint64_t u; uint32_t uStatus; };
-    const std::vector<Row> rows{
-        {"-9223372036854775808", 0, INT64_MIN, 0, 0, 0}, {"18446744073709551615", 0x300, -1, 0, UINT64_MAX, 0},
-        {"17", 0x200, 0, 1, 0, 1}, {"0xFFFFFFFFFFFFFFFF", 0x400, 0, 1, UINT64_MAX, 0}, {"abc", 0, 0, kBad, 0, kBad},
-        {"123456789", 0x400, 0, 1, 0x123456789, 0}, {"12345678901234567", 0x400, 0, 1, 0, kBad}, {"7", 0x500, 0, kBad, 0, kBad}};
+    struct Row {
+        const char *text;
+        uint32_t format;
+        int64_t i;
+        uint32_t iStatus;
+        uint64_t u;
+        uint32_t uStatus;
+    };
+    const std::vector<Row> rows{{"-9223372036854775808", 0, INT64_MIN, 0, 0, 0},
+                                {"18446744073709551615", 0x300, -1, 0, UINT64_MAX, 0},
+                                {"17", 0x200, 0, 1, 0, 1},
+                                {"0xFFFFFFFFFFFFFFFF", 0x400, 0, 1, UINT64_MAX, 0},
+                                {"abc", 0, 0, kBad, 0, kBad},
+                                {"123456789", 0x400, 0, 1, 0x123456789, 0},
+                                {"12345678901234567", 0x400, 0, 1, 0, kBad},
+                                {"7", 0x500, 0, kBad, 0, kBad}};
     for (const Row &row : rows) {
         uint32_t iStatus = 99, uStatus = 99;
         const int64_t i = tx::textToInt64(row.text, row.format, &iStatus);
@@ -167,9 +219,13 @@ TEST(NumberText, SixtyFourBitFormats)
 
 TEST(NumberText, BooleansAndDoubles)
 {
-    struct Row { const char *text; uint32_t value, status; };
+    struct Row {
+        const char *text;
+        uint32_t value, status;
+    };
     uint32_t status = 99;
-    for (const Row &row : std::vector<Row>{{"TRUE", 1, 0}, {"False", 0, 0}, {"yes", 0, kBad}, {"true ", 0, kBad}, {nullptr, 0, kBad}}) {
+    for (const Row &row :
+         std::vector<Row>{{"TRUE", 1, 0}, {"False", 0, 0}, {"yes", 0, kBad}, {"true ", 0, kBad}, {nullptr, 0, kBad}}) {
         const uint32_t value = tx::textToBoolean(row.text, &status);
         EXPECT_EQ(std::tie(value, status), std::tie(row.value, row.status));
     }

@@ -44,9 +44,15 @@ TEST(SizedStrings, AllocAndFree)
 // need; a need beyond 32 bits keeps the old text.
 TEST(SizedStrings, GrowthSteps)
 {
-    struct Row { bool ucs2; uint32_t capacity, held, added, grown; };
-    for (const Row &row : std::vector<Row>{{false, 8, 7, 1, 16}, {false, 8, 7, 20, 28}, {true, 0x100000, 0x7FFFF, 1, 0x140000},
-                                           {true, 0x100000, 0x7FFFF, 0x100000, 0x300000}, {true, 8, 3, 0x80000000, 8}}) {
+    struct Row {
+        bool ucs2;
+        uint32_t capacity, held, added, grown;
+    };
+    for (const Row &row : std::vector<Row>{{false, 8, 7, 1, 16},
+                                           {false, 8, 7, 20, 28},
+                                           {true, 0x100000, 0x7FFFF, 1, 0x140000},
+                                           {true, 0x100000, 0x7FFFF, 0x100000, 0x300000},
+                                           {true, 8, 3, 0x80000000, 8}}) {
         SMSizedString rec{};
         const uint32_t kept = row.grown == row.capacity ? row.held : row.held + row.added;  // refused: nothing read
         const std::vector<uint16_t> units(kept, 'u');
@@ -90,7 +96,11 @@ TEST(SizedStrings, NullSourceOrNoBufferLeavesTheRecord)
 TEST(SizedStrings, AppendersKeepTheirNarrowRules)
 {
     const auto abc = wide(u"abc"), eAcute = wide(u"\u00E9"), gap = wide(std::u16string_view(u"a\0b", 3));
-    struct Row { bool ucs2; std::function<void(SMSizedString *)> append; std::vector<uint16_t> holds; };
+    struct Row {
+        bool ucs2;
+        std::function<void(SMSizedString *)> append;
+        std::vector<uint16_t> holds;
+    };
     const std::vector<Row> rows{
         {false, [&](SMSizedString *r) { SMSSUTF8StrNCatUCS2Str(r, abc.data(), 2); }, {'x', 0}},  // 3 units in 3 bytes
         {false, [&](SMSizedString *r) { SMSSUTF8StrCatUCS2Str(r, abc.data()); }, {'x', 'a', 'b', 'c', 0}},
@@ -99,7 +109,7 @@ TEST(SizedStrings, AppendersKeepTheirNarrowRules)
         {false, [&](SMSizedString *r) { SMSSUTF8StrNCatUTF8Str(r, "a\0b", 3); }, {'x', 'a', 0, 'b', 0}},
         {true, [&](SMSizedString *r) { SMSSUCS2StrCatUTF8Str(r, "\xC3\xA9"); }, {'x', 0xE9, 0, 0}},
         {true, [&](SMSizedString *r) { SMSSUCS2StrNCatUTF8Str(r, "ab", 1); }, {'x', 0}},  // 2 units in 1 + 1
-        {true, [&](SMSizedString *r) { SMSSUCS2StrCatUTF8Str(r, "\xC3"); }, {'x', 0}},  // broken sequence
+        {true, [&](SMSizedString *r) { SMSSUCS2StrCatUTF8Str(r, "\xC3"); }, {'x', 0}},    // broken sequence
         {true, [&](SMSizedString *r) { SMSSUCS2StrNCatUCS2Str(r, gap.data(), 3); }, {'x', 'a', 0, 'b', 0}},
         {true, [&](SMSizedString *r) { SMSSUCS2StrNCatUCS2Str(r, gap.data(), 0); }, {'x', 'a', 0}}};
     for (std::size_t i = 0; i < rows.size(); ++i) {

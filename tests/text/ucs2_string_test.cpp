@@ -21,7 +21,7 @@ TEST(Ucs2Strings, CopyAppendAndFill)
     constexpr ucs2 kUntouched = 0xAAAA;
     ucs2 dst[10];
     std::fill(std::begin(dst), std::end(dst), kUntouched);
-    EXPECT_EQ(SMUCS2Strncpy_s(dst, 1, wide(u"abc").data(), 2), dst);     // stops at n: no terminator
+    EXPECT_EQ(SMUCS2Strncpy_s(dst, 1, wide(u"abc").data(), 2), dst);    // stops at n: no terminator
     EXPECT_EQ(SMUCS2Strncpy(dst + 2, wide(u"xy").data(), 6), dst + 2);  // stops after the terminator: no padding
     EXPECT_EQ(std::u16string(dst, dst + 6), std::u16string(u"abxy\0\xAAAA", 6));
     EXPECT_EQ(SMUCS2Strcpy_s(dst, 1, wide(u"h\u00e9").data()), dst);
@@ -39,9 +39,12 @@ TEST(Ucs2Strings, CopyAppendAndFill)
 
 TEST(Ucs2Strings, CompareSearchAndReverse)
 {
-    for (const auto &[a, b, difference] : std::vector<std::tuple<std::u16string, std::u16string, uint32_t>>{
-             {u"a", u"b", 65535}, {u"b", u"a", 1}, {u"same", u"same", 0}, {u"a", u"ab", 0x10000 - 'b'},
-             {u"\xFFFF", u"\x0001", 0xFFFE}})
+    for (const auto &[a, b, difference] :
+         std::vector<std::tuple<std::u16string, std::u16string, uint32_t>>{{u"a", u"b", 65535},
+                                                                           {u"b", u"a", 1},
+                                                                           {u"same", u"same", 0},
+                                                                           {u"a", u"ab", 0x10000 - 'b'},
+                                                                           {u"\xFFFF", u"\x0001", 0xFFFE}})
         EXPECT_EQ(SMUCS2Strcmp(wide(a).data(), wide(b).data()), difference) << "modulo 65536";
 
     auto s = wide(u"abcaab");
@@ -103,9 +106,14 @@ TEST(Utf8Strings, CaseReversalTrimAndDuplicate)
 TEST(Utf8Strings, CaselessCompareAndSearch)
 {
     // Only A-Z fold; the end of a ends the compare; bytes are unsigned.
-    for (const auto &[a, b, n, difference] : std::vector<std::tuple<const char *, const char *, uint32_t, int32_t>>{
-             {"ABC", "abd", 3, -1}, {"ABC", "abd", 2, 0}, {"\xC3\x84", "\xC3\xA4", 2, -32}, {"x", "y", 0, 0},
-             {"Same", "sAME", 100, 0}, {"AB", "abc", 5, -'c'}, {"\xFF", "a", 1, 0xFF - 'a'}})
+    for (const auto &[a, b, n, difference] :
+         std::vector<std::tuple<const char *, const char *, uint32_t, int32_t>>{{"ABC", "abd", 3, -1},
+                                                                                {"ABC", "abd", 2, 0},
+                                                                                {"\xC3\x84", "\xC3\xA4", 2, -32},
+                                                                                {"x", "y", 0, 0},
+                                                                                {"Same", "sAME", 100, 0},
+                                                                                {"AB", "abc", 5, -'c'},
+                                                                                {"\xFF", "a", 1, 0xFF - 'a'}})
         EXPECT_EQ(SMUTF8Strnicmp(a, b, n), difference) << a << " / " << b << " over " << n;
     const char *s = "Hello World, world";
     EXPECT_EQ(SMUTF8Strstri(s, "d, WoRlD"), s + 10);

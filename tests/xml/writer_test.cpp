@@ -37,15 +37,18 @@ TEST(XmlWriter, BuildsADocumentNodeByNode)
     EXPECT_EQ(text(attrs.get()), "id=\"7\"") << "no blank before the first attribute";
     EXPECT_EQ(SMXGBufCatAttribute(attrs.get(), "name", "a<b", 0, 13, nullptr), 0);
     EXPECT_EQ(SMXGBufCatAttribute(attrs.get(), "mask", &id, 4, 7, &hex), 0);
-    const std::vector<int32_t> statuses{
-        SMXGBufCatBeginNode(doc.get(), "Event", attrs.get()),
-        SMXGBufCatNode(doc.get(), "Level", nullptr, &level, 2, 2, nullptr),
-        SMXGBufCatNode(doc.get(), "Missing", nullptr, nullptr, 0, 13, nullptr),
-        SMXGBufCatEmptyNode(doc.get(), "Flag", attrs.get()), SMXGBufCatEmptyNode(doc.get(), "Bare", nullptr),
-        SMXGBufCatBeginNode(doc.get(), "Body", noAttrs.get()), SMXGBufCatEndNode(doc.get(), "Body"),
-        SMXGBufCatEndNode(doc.get(), "Event"), SMXGBufCatBeginNode(nullptr, "a", nullptr),
-        SMXGBufCatEmptyNode(doc.get(), nullptr, nullptr), SMXGBufCatEndNode(doc.get(), nullptr),
-        SMXGBufCatAttribute(nullptr, "a", &id, 4, 7, nullptr)};
+    const std::vector<int32_t> statuses{SMXGBufCatBeginNode(doc.get(), "Event", attrs.get()),
+                                        SMXGBufCatNode(doc.get(), "Level", nullptr, &level, 2, 2, nullptr),
+                                        SMXGBufCatNode(doc.get(), "Missing", nullptr, nullptr, 0, 13, nullptr),
+                                        SMXGBufCatEmptyNode(doc.get(), "Flag", attrs.get()),
+                                        SMXGBufCatEmptyNode(doc.get(), "Bare", nullptr),
+                                        SMXGBufCatBeginNode(doc.get(), "Body", noAttrs.get()),
+                                        SMXGBufCatEndNode(doc.get(), "Body"),
+                                        SMXGBufCatEndNode(doc.get(), "Event"),
+                                        SMXGBufCatBeginNode(nullptr, "a", nullptr),
+                                        SMXGBufCatEmptyNode(doc.get(), nullptr, nullptr),
+                                        SMXGBufCatEndNode(doc.get(), nullptr),
+                                        SMXGBufCatAttribute(nullptr, "a", &id, 4, 7, nullptr)};
     EXPECT_EQ(statuses, (std::vector<int32_t>{0, 0, 0, 0, 0, 0, 0, 0, 0x10F, 0x10F, 0x10F, 0x10F}));
     EXPECT_EQ(text(doc.get()), kDecl + "<Event id=\"7\" name=\"a<b\" mask=\"0x7\"><Level>-3</Level><Missing></Missing>"
                                        "<Flag id=\"7\" name=\"a<b\" mask=\"0x7\" /><Bare /><Body></Body></Event>");
@@ -67,16 +70,30 @@ TEST(XmlWriter, WritesEveryValueType)
     setenv("TZ", "UTC0", 1);  // the time text is local time
     tzset();
     const std::tuple<const void *, uint32_t, uint32_t, const SMXGValueOptions *, int32_t, std::string> cases[] = {
-        {&yes, 2, 0, nullptr, 0, "true"}, {&two, 2, 0, nullptr, 0, "false"}, {&i8, 1, 1, nullptr, 0, "-128"},
-        {&u8, 1, 5, &binary, 0, "11111111"}, {&i64, 8, 4, nullptr, 0, "-9223372036854775808"},
-        {&d, 8, 9, nullptr, 0, "2.500"}, {&locale, 4, 10, nullptr, 0, "en_GB"},
-        {&epoch, 4, 11, nullptr, 0, "Thu Jan  1 00:00:00 1970"}, {bytes, 2, 12, nullptr, 0, "01AB"},
-        {bytes, 2, 12, &list, 0, "0x01,0xAB"}, {"a&b", 0, 13, nullptr, 0, "a&b"}, {"a&b", 2, 13, &once, 0, "a"},
-        {&utf8Ptr, 0, 48, &once, 0, "x&amp;y"}, {&utf8Ptr, 0, 50, nullptr, 0, "x&y"},
-        {units, 0, 14, nullptr, 0, "p\xC3\xA9&"}, {&unitsPtr, 0, 49, &once, 0, "p\xC3\xA9&amp;"},
-        {&nullString, 0, 48, nullptr, 0x100, ""}, {nullptr, 4, 3, nullptr, 0x100, ""}, {&u32, 4, 15, nullptr, -1, ""},
-        {&u32, 4, 36, nullptr, -1, ""}, {&u32, 4, 51, nullptr, -1, ""}, {&u32, 4, 33, nullptr, 2, ""},
-        {bytes, 2, 12, &octal, 2, ""}, {&u32, 2, 3, nullptr, 0x10F, ""},
+        {&yes, 2, 0, nullptr, 0, "true"},
+        {&two, 2, 0, nullptr, 0, "false"},
+        {&i8, 1, 1, nullptr, 0, "-128"},
+        {&u8, 1, 5, &binary, 0, "11111111"},
+        {&i64, 8, 4, nullptr, 0, "-9223372036854775808"},
+        {&d, 8, 9, nullptr, 0, "2.500"},
+        {&locale, 4, 10, nullptr, 0, "en_GB"},
+        {&epoch, 4, 11, nullptr, 0, "Thu Jan  1 00:00:00 1970"},
+        {bytes, 2, 12, nullptr, 0, "01AB"},
+        {bytes, 2, 12, &list, 0, "0x01,0xAB"},
+        {"a&b", 0, 13, nullptr, 0, "a&b"},
+        {"a&b", 2, 13, &once, 0, "a"},
+        {&utf8Ptr, 0, 48, &once, 0, "x&amp;y"},
+        {&utf8Ptr, 0, 50, nullptr, 0, "x&y"},
+        {units, 0, 14, nullptr, 0, "p\xC3\xA9&"},
+        {&unitsPtr, 0, 49, &once, 0, "p\xC3\xA9&amp;"},
+        {&nullString, 0, 48, nullptr, 0x100, ""},
+        {nullptr, 4, 3, nullptr, 0x100, ""},
+        {&u32, 4, 15, nullptr, -1, ""},
+        {&u32, 4, 36, nullptr, -1, ""},
+        {&u32, 4, 51, nullptr, -1, ""},
+        {&u32, 4, 33, nullptr, 2, ""},
+        {bytes, 2, 12, &octal, 2, ""},
+        {&u32, 2, 3, nullptr, 0x10F, ""},
     };
     for (const auto &[value, size, type, options, status, expected] : cases) {
         Buf b(SMXGBufAlloc(64, 0));
