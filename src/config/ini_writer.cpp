@@ -208,7 +208,14 @@ int32_t writeValue(const char *section, const char *key, uint32_t type, const vo
         }
         std::string text;
         const int32_t status = encodeIniValue(type, value, size, text);
-        return status != SM_STATUS_SUCCESS ? status : writeText(section, key, text.c_str(), path, lockWait);
+        if (status != SM_STATUS_SUCCESS)
+            return status;
+        // A line longer than a reader takes at once would come back in
+        // pieces, never as this value, and its tail would outlive a later
+        // rewrite as a line of its own. Text values always fit.
+        if (std::strlen(key) + text.size() + 2 > kIniLineLimit)
+            return SM_STATUS_BAD_LENGTH;
+        return writeText(section, key, text.c_str(), path, lockWait);
     } catch (...) {
         return SM_STATUS_NO_MEMORY;
     }

@@ -216,6 +216,16 @@ TEST_F(Ini, EveryTypeWrittenAndReadBack)
     EXPECT_EQ(written(8, INT64_MIN), "[s]\nk=-9223372036854775808\n");
     EXPECT_EQ(written(9, 1.5), "[s]\nk=1.50000000\n");
     EXPECT_EQ(written(9, -1e300).size(), std::string("[s]\nk=-1\n").size() + 300 + 9);
+
+    // The most bytes a three-character key can hold: "abc=", 8,444 characters
+    // and the line feed are exactly what a reader takes as one line.
+    const Bytes longest(1689, 0xA5);
+    EXPECT_EQ(SMWriteINIPathFileValue("s", "abc", 3, longest.data(), 1689, at("t.ini").c_str(), 1), 0);
+    Bytes back(2048);
+    uint32_t size = 2048;
+    EXPECT_EQ(SMReadINIPathFileValue("s", "abc", 3, back.data(), &size, nullptr, 0, at("t.ini").c_str(), 1), 0);
+    back.resize(size);
+    EXPECT_TRUE(back == longest) << size << " bytes read back";
 }
 
 TEST_F(Ini, TypedReadsFromText)
@@ -301,6 +311,11 @@ TEST_F(Ini, RefusalsAndTheirStatuses)
     const std::string name256(256, 'n');
     const uint32_t four = 4;
     const std::string tooMany(2049, 'b');
+    // 5 characters a byte: the line of "abcd=" and 1,689 bytes is one
+    // character longer than a reader takes at once, that of "k=" and 845
+    // UCS-2 units three.
+    std::vector<ucs2> wideLong(845, 'w');
+    wideLong.back() = 0;
     const std::tuple<const char *, const char *, uint32_t, const void *, uint32_t, std::string, int32_t> writes[] = {
         {nullptr, "k", 1, "v", 2, path, 2},
         {name256.c_str(), "k", 1, "v", 2, path, 2},
@@ -318,6 +333,8 @@ TEST_F(Ini, RefusalsAndTheirStatuses)
         {"s", "k", 7, &four, 7, path, 0x108},
         {"s", "k", 3, name256.c_str(), 0, path, 0x108},
         {"s", "k", 3, tooMany.c_str(), 2049, path, 0x108},
+        {"s", "abcd", 3, tooMany.c_str(), 1689, path, 0x108},
+        {"s", "k", 2, wideLong.data(), 1690, path, 0x108},
         {"s", "k", 2, u"ab", 4, path, 0x108},
         {"s", "k", 1, nullptr, 0, path, 0x108},
         {"s", nullptr, 1, nullptr, 0, path, 0x108},
