@@ -94,7 +94,8 @@ TEST_F(Ini, TheFileAfterEachKindOfWrite)
         {"[a]\nk=1\n;c\n \t\r\n[b]\n", "a", "n", "2", "[a]\nk=1\nn=2\n;c\n \t\r\n[b]\n"},
         {"[a]\n\n;c\nk=1\n\n[b]\n", "a", "k", "2", "[a]\n\n;c\nk=2\n\n[b]\n"},
         {"[a]\nk=1\n\n", "a", "n", "2", "[a]\nk=1\nn=2\n\n"},
-        {"[a]\nk=1", "a", "n", "2", "[a]\nk=1n=2\n"},
+        {"[a]\nk=1", "a", "n", "2", "[a]\nk=1\nn=2\n"},
+        {"[a]", "a", "n", "2", "[a]\nn=2\n"},
         {"[b]\nx=1\n[a]\nk=1\n", "a", "k", "", "[b]\nx=1\n[a]\nk=\n"},
         // A section ending directly in the next header: the new line takes
         // the header's place.
