@@ -6,11 +6,11 @@
 
 ZKSUPT_BEGIN_DECLS
 
-/* Copies source over destination; an existing destination needs overwrite != 0 (else 0x14). */
+/* Copies source over destination; an existing destination needs overwrite != 0 (else 0x14); onto itself 0x10F. */
 ZKSUPT_API int32_t SMFileCopy(const char *source, const char *destination, int32_t overwrite) ZKSUPT_NOEXCEPT;
 /* As SMFileCopy, then flushes the destination to disk. */
 ZKSUPT_API int32_t SMFileCopyAndSync(const char *source, const char *destination, int32_t overwrite) ZKSUPT_NOEXCEPT;
-/* Appends source's bytes to destination; a missing destination needs create != 0 (else 7). */
+/* Appends source's bytes to destination; a missing destination needs create != 0 (else 7); onto itself 0x10F. */
 ZKSUPT_API int32_t SMFileAppend(const char *source, const char *destination, int32_t create) ZKSUPT_NOEXCEPT;
 /* As SMFileAppend, then flushes the destination to disk. */
 ZKSUPT_API int32_t SMFileAppendAndSync(const char *source, const char *destination, int32_t create) ZKSUPT_NOEXCEPT;

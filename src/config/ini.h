@@ -33,7 +33,8 @@ int32_t readValue(const char *section, const char *key, uint32_t type, void *val
                   const void *defaultValue, uint32_t defaultSize, const char *path, int16_t lockWait) noexcept;
 
 // SMWriteINIPathFileValue: writes or replaces a value, deletes a key (null
-// value, size 0) or a whole section (type 1, null key).
+// value, size 0) or a whole section (type 1, null key). A typed value whose
+// line would be longer than a reader takes as one line is 0x108.
 int32_t writeValue(const char *section, const char *key, uint32_t type, const void *value, uint32_t size,
                    const char *path, int16_t lockWait) noexcept;
 

@@ -86,7 +86,12 @@ class ValueRewriter final : public Rewriter {
 
   private:
     // Write failures show on the stream; the replacement checks it at close.
-    void put(std::string_view bytes) noexcept { std::fwrite(bytes.data(), 1, bytes.size(), out_); }
+    void put(std::string_view bytes) noexcept
+    {
+        if (!bytes.empty())
+            lineEnded_ = bytes.back() == '\n';
+        std::fwrite(bytes.data(), 1, bytes.size(), out_);
+    }
 
     // Copies the lines before the section's header; the header too when a
     // key is written.
@@ -155,8 +160,13 @@ class ValueRewriter final : public Rewriter {
         }
         if (lines.failed())
             return false;
-        if (value_ != nullptr)
+        if (value_ != nullptr) {
+            // A last line without its line feed is ended first, or the new
+            // line would run on from it.
+            if (!lineEnded_)
+                put("\n");
             put(keyLine(key_, value_));
+        }
         put(held);
         while (lines.next(piece))
             put(piece);
@@ -167,6 +177,7 @@ class ValueRewriter final : public Rewriter {
     const char *key_;
     const char *value_;
     std::FILE *out_ = nullptr;
+    bool lineEnded_ = true;  // whether the last byte copied ends a line
 };
 
 // Writes text (null deletes) under the file's lock.
@@ -208,7 +219,14 @@ int32_t writeValue(const char *section, const char *key, uint32_t type, const vo
         }
         std::string text;
         const int32_t status = encodeIniValue(type, value, size, text);
-        return status != SM_STATUS_SUCCESS ? status : writeText(section, key, text.c_str(), path, lockWait);
+        if (status != SM_STATUS_SUCCESS)
+            return status;
+        // A line longer than a reader takes at once would come back in
+        // pieces, never as this value, and its tail would outlive a later
+        // rewrite as a line of its own. Text values always fit.
+        if (std::strlen(key) + text.size() + 2 > kIniLineLimit)
+            return SM_STATUS_BAD_LENGTH;
+        return writeText(section, key, text.c_str(), path, lockWait);
     } catch (...) {
         return SM_STATUS_NO_MEMORY;
     }

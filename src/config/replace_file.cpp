@@ -18,10 +18,15 @@ constexpr std::size_t kLongPath = 251;
 constexpr std::size_t kLongPathKept = 252;
 constexpr std::size_t kStreamBuffer = 64 * 1024;
 
-// Closes out, reporting whether everything written reached the file.
-bool closeWritten(File &out) noexcept
+// Closes out, reporting whether everything written reached the file. A copy
+// that is to replace the old file is first flushed to the disk, so that a
+// crash soon after the renames finds the whole new contents under the name,
+// never an empty or partly written file.
+bool closeWritten(File &out, bool toReplace) noexcept
 {
-    const bool written = std::ferror(out.get()) == 0;
+    bool written = std::fflush(out.get()) == 0 && std::ferror(out.get()) == 0;
+    if (written && toReplace)
+        written = ::fsync(fileno(out.get())) == 0;
     return std::fclose(out.release()) == 0 && written;
 }
 
@@ -85,7 +90,7 @@ int32_t replaceFile(const std::string &path, Rewriter &rewriter) noexcept
 
         Rewrite result = rewriter.rewrite(in.get(), out.get());
         in.reset();
-        if (!closeWritten(out) && result.status == SM_STATUS_SUCCESS)
+        if (!closeWritten(out, result.status == SM_STATUS_SUCCESS) && result.status == SM_STATUS_SUCCESS)
             result = {SM_STATUS_LIMIT_REACHED, true};
         if (result.status != SM_STATUS_SUCCESS) {
             if (!result.keepCopy)

@@ -35,7 +35,8 @@ struct Rewrite {
 };
 
 // Writes the new contents of a file to out, reading the old ones from in.
-// Both streams are fully buffered; write failures are noticed on close.
+// Both streams are fully buffered; write failures are noticed on close, and
+// the copy is flushed to the disk before it replaces the old file.
 class Rewriter {
   public:
     virtual Rewrite rewrite(std::FILE *in, std::FILE *out) noexcept = 0;
@@ -47,7 +48,8 @@ class Rewriter {
 // Replaces the existing file at path with what rewriter writes. Statuses:
 // 0; -1 no free temporary name, or the old file could not become the
 // backup; 7 the temporary file could not be made; 0x104 the old file could
-// not be opened; 0x13 a write failed (the copy is kept); 0x102 the copy
+// not be opened; 0x13 a write or the flush to the disk failed (the old file
+// is untouched; the copy is kept); 0x102 the copy
 // could not take the old name; 0x10E the backup could not be deleted; or
 // the rewriter's own status.
 int32_t replaceFile(const std::string &path, Rewriter &rewriter) noexcept;

@@ -10,10 +10,12 @@ enum class Sync { no, yes };
 
 // Copies source over destination. An existing destination is replaced only
 // when overwrite is non-zero (else 0x14, nothing touched); the destination
-// ends with the source's permission bits.
+// ends with the source's permission bits. A destination that is the source
+// itself (same device and inode, however spelled) is 0x10F, nothing opened.
 int32_t copyFile(const char *source, const char *destination, int32_t overwrite, Sync sync) noexcept;
 // Appends source's bytes to destination. A missing destination is made only
 // when create is non-zero (else 7), and then gets the source's permission bits.
+// Appending a file to itself is 0x10F, as for copyFile.
 int32_t appendFile(const char *source, const char *destination, int32_t create, Sync sync) noexcept;
 
 // Makes one directory level, mode 0755. 0 also when the path exists already.

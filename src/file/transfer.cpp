@@ -67,6 +67,12 @@ int32_t transfer(const char *source, const char *destination, Kind kind, int32_t
     if (::fstat64(in.get(), &status) != 0)
         return SM_STATUS_SOURCE_UNREADABLE;
     const mode_t permissions = status.st_mode & 07777;
+    // A file copied or appended onto itself, under whatever name, would be
+    // emptied by the truncation or would read back its own growth forever.
+    // It is refused before the destination is opened for writing.
+    struct stat64 target;
+    if (::stat64(destination, &target) == 0 && target.st_dev == status.st_dev && target.st_ino == status.st_ino)
+        return SM_STATUS_INVALID_PARAMETER;
 
     const int how = O_RDWR | O_CREAT | O_LARGEFILE | O_CLOEXEC | (kind == Kind::copy ? O_TRUNC : O_APPEND);
     const Descriptor out{::open(destination, how, permissions)};

@@ -89,7 +89,7 @@ struct Slot {
     uint8_t flags = 0;
     uint32_t valueOffset = 0;  // from the block's start
     uint32_t length = 0;       // true length, an out-of-line one cut to the block
-    bool whole = true;         // false when the stated length was cut
+    bool whole = true;         // false when the value does not lie wholly inside the block
 
     bool outOfLine() const noexcept { return (flags & kOutOfLine) != 0; }
     const uint8_t *value(const Block &block) const noexcept { return block.bytes + valueOffset; }
@@ -115,10 +115,24 @@ inline Slot slotAt(const Block &block, uint32_t index) noexcept
         return slot;
     }
     const uint32_t stated = load16(at + 4);
-    slot.valueOffset = std::min(slot.offset + load16(at + 6), block.size);
+    const uint32_t start = slot.offset + load16(at + 6);
+    slot.valueOffset = std::min(start, block.size);
     slot.length = std::min(stated, block.size - slot.valueOffset);
-    slot.whole = slot.length == stated;
+    slot.whole = start + stated <= block.size;
     return slot;
+}
+
+// Whether every slot the header counts, and every value, lies inside the
+// block. A block where one does not is malformed, never a short value.
+inline bool slotsInside(const Block &block) noexcept
+{
+    const uint32_t count = slotCount(block);
+    if (count != block.count)
+        return false;
+    for (uint32_t i = 0; i < count; ++i)
+        if (!slotAt(block, i).whole)
+            return false;
+    return true;
 }
 
 // The slot of id by binary search of the index (unsigned IDs), or none.

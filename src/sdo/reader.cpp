@@ -71,11 +71,15 @@ int32_t binaryGetById(const void *binary, uint16_t id, uint8_t *type, void *buff
     if (binary == nullptr || !validId(id) || size == nullptr)
         return SM_STATUS_INVALID_PARAMETER;
     const Block block = openBlock(binary, kLargestBlock);
-    if (block.kind != Kind::object)
+    // An index that runs past the block cannot be searched; a value that
+    // does is refused, not cut short.
+    if (block.kind != Kind::object || slotCount(block) != block.count)
         return SM_STATUS_BAD_OBJECT;
     const std::optional<Slot> slot = findSlot(block, id);
     if (!slot)
         return SM_STATUS_NOT_FOUND;
+    if (!slot->whole)
+        return SM_STATUS_BAD_OBJECT;
     const int32_t status = copyValue(slot->value(block), slot->outOfLine() ? slot->length : kInlineMax, buffer, size);
     if (status == SM_STATUS_SUCCESS && type != nullptr)
         *type = slot->type;
@@ -93,8 +97,10 @@ int32_t binaryGetByIndex(const void *binary, uint32_t index, uint16_t *id, uint8
     if (block.kind != Kind::object)
         return SM_STATUS_BAD_OBJECT;
     if (index >= slotCount(block))
-        return SM_STATUS_NOT_PRESENT;
+        return SM_STATUS_BAD_OBJECT;
     const Slot slot = slotAt(block, index);
+    if (!slot.whole)
+        return SM_STATUS_BAD_OBJECT;
     const int32_t status = copyValue(slot.value(block), slot.length, buffer, size);
     if (status == SM_STATUS_SUCCESS) {
         *id = slot.id;
@@ -114,9 +120,11 @@ int32_t binarySetData(void *binary, uint32_t *size, uint16_t id, uint8_t type, c
     if (*size < 2 * kHeaderSize)
         return SM_STATUS_BUFFER_TOO_SMALL;
     const Block block = openBlock(binary, *size);
-    if (block.kind != Kind::object)
+    if (block.kind != Kind::object || slotCount(block) != block.count)
         return SM_STATUS_INVALID_PARAMETER;
     const std::optional<Slot> found = findSlot(block, id);
+    if (found && !found->whole)
+        return SM_STATUS_INVALID_PARAMETER;
     if (!found || found->type != type)
         return SM_STATUS_NOT_FOUND;
     const Slot &slot = *found;
@@ -130,6 +138,9 @@ int32_t binarySetData(void *binary, uint32_t *size, uint16_t id, uint8_t type, c
         return SM_STATUS_SUCCESS;
     }
 
+    // A rebuild reads every slot: one outside the block makes it malformed.
+    if (!slotsInside(block))
+        return SM_STATUS_INVALID_PARAMETER;
     ConfigPtr config(readObject(block));
     if (config == nullptr)
         return SM_STATUS_BUFFER_TOO_SMALL;

@@ -13,6 +13,7 @@
 
 #include "format/engine.h"
 #include "frame/memory.h"
+#include "frame/owned.h"
 #include "frame/unaligned.h"
 #include "net/address_text.h"
 #include "text/convert.h"
@@ -370,6 +371,28 @@ int32_t formatFixed(const void *value, char *text, uint32_t *size, uint32_t code
     return deliver(work, std::strlen(work), text, size);
 }
 
+// The UCS-2 text of a value of size bytes. A value from elsewhere (another
+// process, a binary block) need not hold a terminator within its size: its
+// text then ends at the size, and is read from a terminated copy of its whole
+// units made in copy. A size of 0 stands for a terminated string, as for
+// UTF-8 text. Null when the copy cannot be had.
+const ucs2 *ucs2Within(const void *value, uint32_t size, frame::Owned<ucs2> &copy) noexcept
+{
+    const auto *bytes = static_cast<const uint8_t *>(value);
+    const uint32_t units = size / sizeof(ucs2);
+    bool terminated = size == 0;
+    for (uint32_t i = 0; i < units && !terminated; ++i)
+        terminated = frame::loadAs<ucs2>(bytes + i * sizeof(ucs2)) == 0;
+    if (terminated)
+        return static_cast<const ucs2 *>(value);
+    copy = frame::allocateOwned<ucs2>((units + 1) * sizeof(ucs2));
+    if (copy == nullptr)
+        return nullptr;
+    std::memcpy(copy.get(), bytes, units * sizeof(ucs2));
+    copy.get()[units] = 0;
+    return copy.get();
+}
+
 int32_t formatVariable(const void *value, uint32_t valueSize, char *text, uint32_t *size, uint32_t code,
                        uint32_t flag) noexcept
 {
@@ -380,7 +403,10 @@ int32_t formatVariable(const void *value, uint32_t valueSize, char *text, uint32
     }
     if (code == kTypeUcs2) {
         uint32_t need = 0;
-        const auto *units = static_cast<const ucs2 *>(value);
+        frame::Owned<ucs2> copy;
+        const ucs2 *units = ucs2Within(value, valueSize, copy);
+        if (units == nullptr)
+            return SM_STATUS_NO_MEMORY;
         if (const int32_t status = text::ucs2ToUtf8(nullptr, &need, units); status != SM_STATUS_SUCCESS)
             return status;
         if (*size < need) {

@@ -28,7 +28,8 @@ int32_t textToTypeValue(const char *text, void *buffer, uint32_t *size, uint32_t
 
 // SMXLTTypeValueToUTF8: valueSize must cover the type's width (0x10F);
 // *size below the type's minimum gives 0x10 with the minimum (or the exact
-// need for the variable forms) stored.
+// need for the variable forms) stored. No value is read past valueSize: a
+// UTF-8 or UCS-2 text without its terminator ends there.
 int32_t typeValueToText(const void *value, uint32_t valueSize, char *text, uint32_t *size, uint32_t type) noexcept;
 
 }  // namespace zksupt::sdo

@@ -24,8 +24,10 @@ class Walker {
     // An element of an array is visited in full only when recursing.
     int32_t block(const void *bytes, uint32_t limit, uint32_t parentCookie, int32_t index, bool full) noexcept
     {
+        // A nested block that claims more than the value holding it is
+        // malformed, as is a slot or value outside its block.
         const Block block = openBlock(bytes, limit);
-        if (!block.valid() || !spend())
+        if (!block.valid() || block.size < load16(block.bytes + 6) || !spend())
             return SM_STATUS_INVALID_PARAMETER;
         if (block.count == 0)
             return SM_STATUS_SUCCESS;
@@ -45,10 +47,12 @@ class Walker {
 
     int32_t entries(const Block &block, int32_t &last) noexcept
     {
-        for (uint32_t i = 0, n = slotCount(block); i < n; ++i) {
-            if (!spend())
+        for (uint32_t i = 0, inside = slotCount(block); i < block.count; ++i) {
+            if (i >= inside || !spend())
                 return SM_STATUS_INVALID_PARAMETER;
             const Slot slot = slotAt(block, i);
+            if (!slot.whole)
+                return SM_STATUS_INVALID_PARAMETER;
             uint32_t cookie = 0;
             if (entry_ != nullptr) {
                 const uint8_t type = slot.type;

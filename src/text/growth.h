@@ -8,11 +8,12 @@
 namespace zksupt::text {
 
 // The capacity to grow to when `needed` bytes exceed `capacity`. The quarter
-// is computed in 32-bit arithmetic, as callers' sizes have always been.
+// is computed in 64 bits and capped at the largest 32-bit size, so that
+// strings above about 34 MB still grow ahead, not by each append's need.
 constexpr uint32_t grownCapacity(uint32_t capacity, uint32_t needed) noexcept
 {
-    const uint32_t grown = capacity > 0xFFFFFu ? capacity * 125u / 100u : capacity * 2u;
-    return std::max(needed, grown);
+    const uint64_t grown = capacity > 0xFFFFFu ? uint64_t{capacity} * 125u / 100u : uint64_t{capacity} * 2u;
+    return std::max(needed, static_cast<uint32_t>(std::min<uint64_t>(grown, UINT32_MAX)));
 }
 
 }  // namespace zksupt::text

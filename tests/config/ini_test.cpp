@@ -1,10 +1,18 @@
 // The INI engine: the file after each kind of write, byte for byte; reads of
-// every type; listings and defaults with their sizes; refusals; backups,
-// permissions, long lines and concurrent writers.
+// every type; listings and defaults with their sizes; refusals; failed
+// copies, backups, permissions, long lines and concurrent writers.
 #include <gtest/gtest.h>
 
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 
+#include <cerrno>
+#include <cstddef>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -21,6 +29,7 @@
 #include <zksupt/status.h>
 
 #include "config/file_guard.h"
+#include "support/child.h"
 #include "support/sandbox.h"
 
 namespace {
@@ -94,7 +103,8 @@ TEST_F(Ini, TheFileAfterEachKindOfWrite)
         {"[a]\nk=1\n;c\n \t\r\n[b]\n", "a", "n", "2", "[a]\nk=1\nn=2\n;c\n \t\r\n[b]\n"},
         {"[a]\n\n;c\nk=1\n\n[b]\n", "a", "k", "2", "[a]\n\n;c\nk=2\n\n[b]\n"},
         {"[a]\nk=1\n\n", "a", "n", "2", "[a]\nk=1\nn=2\n\n"},
-        {"[a]\nk=1", "a", "n", "2", "[a]\nk=1n=2\n"},
+        {"[a]\nk=1", "a", "n", "2", "[a]\nk=1\nn=2\n"},
+        {"[a]", "a", "n", "2", "[a]\nn=2\n"},
         {"[b]\nx=1\n[a]\nk=1\n", "a", "k", "", "[b]\nx=1\n[a]\nk=\n"},
         // A section ending directly in the next header: the new line takes
         // the header's place.
@@ -216,6 +226,16 @@ TEST_F(Ini, EveryTypeWrittenAndReadBack)
     EXPECT_EQ(written(8, INT64_MIN), "[s]\nk=-9223372036854775808\n");
     EXPECT_EQ(written(9, 1.5), "[s]\nk=1.50000000\n");
     EXPECT_EQ(written(9, -1e300).size(), std::string("[s]\nk=-1\n").size() + 300 + 9);
+
+    // The most bytes a three-character key can hold: "abc=", 8,444 characters
+    // and the line feed are exactly what a reader takes as one line.
+    const Bytes longest(1689, 0xA5);
+    EXPECT_EQ(SMWriteINIPathFileValue("s", "abc", 3, longest.data(), 1689, at("t.ini").c_str(), 1), 0);
+    Bytes back(2048);
+    uint32_t size = 2048;
+    EXPECT_EQ(SMReadINIPathFileValue("s", "abc", 3, back.data(), &size, nullptr, 0, at("t.ini").c_str(), 1), 0);
+    back.resize(size);
+    EXPECT_TRUE(back == longest) << size << " bytes read back";
 }
 
 TEST_F(Ini, TypedReadsFromText)
@@ -301,6 +321,11 @@ TEST_F(Ini, RefusalsAndTheirStatuses)
     const std::string name256(256, 'n');
     const uint32_t four = 4;
     const std::string tooMany(2049, 'b');
+    // 5 characters a byte: the line of "abcd=" and 1,689 bytes is one
+    // character longer than a reader takes at once, that of "k=" and 845
+    // UCS-2 units three.
+    std::vector<ucs2> wideLong(845, 'w');
+    wideLong.back() = 0;
     const std::tuple<const char *, const char *, uint32_t, const void *, uint32_t, std::string, int32_t> writes[] = {
         {nullptr, "k", 1, "v", 2, path, 2},
         {name256.c_str(), "k", 1, "v", 2, path, 2},
@@ -318,6 +343,8 @@ TEST_F(Ini, RefusalsAndTheirStatuses)
         {"s", "k", 7, &four, 7, path, 0x108},
         {"s", "k", 3, name256.c_str(), 0, path, 0x108},
         {"s", "k", 3, tooMany.c_str(), 2049, path, 0x108},
+        {"s", "abcd", 3, tooMany.c_str(), 1689, path, 0x108},
+        {"s", "k", 2, wideLong.data(), 1690, path, 0x108},
         {"s", "k", 2, u"ab", 4, path, 0x108},
         {"s", "k", 1, nullptr, 0, path, 0x108},
         {"s", nullptr, 1, nullptr, 0, path, 0x108},
@@ -369,6 +396,61 @@ TEST_F(Ini, BackupsLeftByAnInterruptedReplacement)
     EXPECT_EQ(write("s", "k", "3", "d.x/plain"), 0);
     EXPECT_EQ(contents(at("d.x/plain")), "[s]\nk=3\n");
     EXPECT_FALSE(fs::exists(at("d.bak")));
+}
+
+// Makes fsync and fdatasync fail with EIO in this process, as on a failing
+// disk. False where no system-call filter can be set (under an emulator).
+bool failSyncs()
+{
+    sock_filter program[] = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, __NR_fsync, 1, 0),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, __NR_fdatasync, 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EIO),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    };
+    const sock_fprog filter{static_cast<unsigned short>(std::size(program)), program};
+    return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 && ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &filter) == 0;
+}
+
+// A copy that cannot be written whole, or that the disk does not confirm,
+// never replaces the file: 0x13, the old file as it was, the copy beside it.
+TEST_F(Ini, FailedCopiesLeaveTheOldFile)
+{
+    const auto keptWithCopy = [&](const std::string &before) {
+        const std::vector<std::string> found = names();
+        for (const std::string &name : found)
+            if (name != "t.ini")
+                fs::remove(at(name));
+        return contents(at("t.ini")) == before && found.size() == 2;
+    };
+    // Under a file-size limit the longer copy fails in its last part, after
+    // the changed line: in a small file only when the copy is closed, in a
+    // large one while it is being copied.
+    const std::string small = "[s]\nk=1\n\n[t]\nj=2\n", large = small + ";" + std::string(200000, 'c') + "\n";
+    for (const auto &[before, limit] : {std::pair(small, small.size()), std::pair(large, large.size() / 2)}) {
+        put("t.ini", before);
+        const int result = zksupt::test::runInChild([&, limit = limit] {
+            ::signal(SIGXFSZ, SIG_IGN);
+            const rlimit bound{limit, limit};
+            if (::setrlimit(RLIMIT_FSIZE, &bound) != 0)
+                return 2;
+            return write("s", "k", "longer") == SM_STATUS_LIMIT_REACHED ? 0 : 1;
+        });
+        EXPECT_EQ(result, 0) << before.size();
+        EXPECT_TRUE(keptWithCopy(before)) << before.size();
+    }
+
+    put("t.ini", small);
+    const int result = zksupt::test::runInChild([&] {
+        if (!failSyncs())
+            return 77;
+        return write("s", "k", "2") == SM_STATUS_LIMIT_REACHED ? 0 : 1;
+    });
+    if (result == 77)
+        GTEST_SKIP() << "no system-call filter here to make fsync fail";
+    EXPECT_EQ(result, 0) << "a copy not flushed to the disk replaced the file";
+    EXPECT_TRUE(keptWithCopy(small));
 }
 
 TEST_F(Ini, PermissionsOfMadeAndReplacedFiles)

@@ -10,6 +10,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -66,6 +67,30 @@ int openDescriptors()
     return count;
 }
 
+// A lower soft file-size limit while it lives, with SIGXFSZ ignored so that
+// a write past the limit fails instead of ending the program.
+class FileSizeLimit {
+  public:
+    explicit FileSizeLimit(rlim_t bytes)
+    {
+        ::getrlimit(RLIMIT_FSIZE, &previous_);
+        const rlimit lower{std::min(bytes, previous_.rlim_max), previous_.rlim_max};
+        previousHandler_ = ::signal(SIGXFSZ, SIG_IGN);
+        ::setrlimit(RLIMIT_FSIZE, &lower);
+    }
+    ~FileSizeLimit()
+    {
+        ::setrlimit(RLIMIT_FSIZE, &previous_);
+        ::signal(SIGXFSZ, previousHandler_);
+    }
+    FileSizeLimit(const FileSizeLimit &) = delete;
+    FileSizeLimit &operator=(const FileSizeLimit &) = delete;
+
+  private:
+    rlimit previous_{};
+    void (*previousHandler_)(int) = SIG_DFL;
+};
+
 // Each test starts with an empty directory in the sandbox and removes it after.
 class FileOps : public ::testing::Test {
   protected:
@@ -83,6 +108,7 @@ TEST_F(FileOps, CopyAndAppendOutcomesWithTheBytesAndModesTheyLeave)
     write("source", source, 0640);
     fs::create_directory(at("folder"));
     fs::create_symlink(at("nowhere"), at("link"));
+    fs::create_hard_link(at("source"), at("same"));
     enum Leaves { nothing, kept, copied, appended, emptied };
     const std::string leftBytes[] = {"", old, source, old + source, ""};
     const std::tuple<Transfer, const char *, const char *, int32_t, int32_t, Leaves> rows[] = {
@@ -98,7 +124,15 @@ TEST_F(FileOps, CopyAndAppendOutcomesWithTheBytesAndModesTheyLeave)
         {SMFileAppend, "source", "new", 0, 7, nothing},
         {SMFileAppendAndSync, "source", "new", 1, 0, copied},
         {SMFileAppend, "source", "no/new", 1, -1, nothing},
+        // The source itself, under its own name or another, is refused whole.
+        {SMFileCopy, "source", "source", 1, 0x10F, copied},
+        {SMFileCopyAndSync, "source", "folder/../source", 1, 0x10F, copied},
+        {SMFileAppend, "same", "source", 0, 0x10F, copied},
+        {SMFileAppendAndSync, "source", "folder/../same", 1, 0x10F, copied},
     };
+    // Should a file ever be appended to itself without end, the file-size
+    // limit stops it with a failed write long before the disk is full.
+    const FileSizeLimit bound(1 << 20);
     const mode_t previousMask = ::umask(077);
     for (const auto &[call, from, to, flag, status, leaves] : rows) {
         SCOPED_TRACE(std::string(from) + " to " + to + ", flag " + std::to_string(flag));
@@ -107,7 +141,8 @@ TEST_F(FileOps, CopyAndAppendOutcomesWithTheBytesAndModesTheyLeave)
         const int descriptors = openDescriptors();
         EXPECT_EQ(call(at(from).c_str(), at(to).c_str(), flag), status);
         EXPECT_EQ(openDescriptors(), descriptors) << "every descriptor is closed";
-        EXPECT_EQ(read(at(to)), leftBytes[leaves]);
+        const std::string left = read(at(to));
+        EXPECT_TRUE(left == leftBytes[leaves]) << left.size() << " bytes left";
         const fs::perms mode = leaves == nothing ? fs::perms::unknown : fs::perms(leaves == copied ? 0640 : 0604);
         EXPECT_EQ(fs::status(at(to)).permissions(), mode) << "unknown: no file there";
     }

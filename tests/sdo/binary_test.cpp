@@ -199,20 +199,25 @@ TEST(SdoBinary, RefusedInput)
 {
     const auto handle = static_cast<uint16_t>(kHandle);
     // A slot of base type 13, whose bytes would be taken for a handle; a
-    // value, a slot and a nested block that run past the end.
+    // value, a slot and a nested block that run past the end; an empty value
+    // that starts past it. All but the first are malformed, never short.
     Bytes asHandle = Bin().header("SDOB", 1, 16 + handle).outOfLine(1, 13, handle, 8).raw(Bytes(kHandle, 1)).bytes;
     Bytes longValue = Bin().header("SDOB", 1, 20).outOfLine(1, 14, 6, 8).raw({1, 2, 3, 4}).bytes;
     Bytes extraSlot = Bin().header("SDOB", 2, 16).inlined(1, 14, {1}).bytes;
     Bytes longNested = Bin().header("SDOB", 1, 24).outOfLine(1, 12, 8, 8).header("SDOB", 1, 16).bytes;
+    Bytes farValue = Bin().header("SDOB", 1, 16).outOfLine(1, 14, 0, 9).bytes;
     // Arrays whose second element is no object, runs past the end.
     const Bytes odd = Bin().header("SDAB", 2, 24).raw(kEmpty).header("XDOB", 0, 8).bytes;
     Bytes pastEnd = Bin().header("SDAB", 2, 32).raw(kChild).header("SDOB", 0, 9).bytes;
     const uint8_t *object = kChild.data(), *array = kPair.data();
     const auto walk = [](const void *b) { return SMSDOBinaryWalk(b, nullptr, nullptr, nullptr, nullptr, nullptr, 1); };
-    for (Bytes *damaged : {&asHandle, &longValue, &extraSlot, &longNested}) {
+    // 0x10: the block is sound but cannot be rebuilt into an object.
+    const std::pair<Bytes *, int32_t> damagedBlocks[] = {
+        {&asHandle, 0x10}, {&longValue, 0x10F}, {&extraSlot, 0x10F}, {&longNested, 0x10}, {&farValue, 0x10F}};
+    for (const auto &[damaged, status] : damagedBlocks) {
         auto size = static_cast<uint32_t>(damaged->size());
         EXPECT_EQ(SMSDOBinaryToConfig(damaged->data()), nullptr);
-        EXPECT_EQ(SMSDOBinarySetData(damaged->data(), &size, 1, (*damaged)[10], object, 5), 0x10) << "cannot rebuild";
+        EXPECT_EQ(SMSDOBinarySetData(damaged->data(), &size, 1, (*damaged)[10], object, 5), status) << size;
     }
     Config config(SMSDOBinaryToConfig(object));
     Bytes pair = kPair, child = kChild;
@@ -243,9 +248,18 @@ TEST(SdoBinary, RefusedInput)
         {SMSDOBinaryGetSize(out, nullptr), 0},
         {SMSDOBinaryGetDataByID(array, 7, nullptr, out, &size), 0x101},
         {SMSDOBinaryGetDataByIndex(array, 0, &id, nullptr, out, &size), 0x101},
+        {SMSDOBinaryGetDataByID(longValue.data(), 1, nullptr, out, &size), 0x101},
+        {SMSDOBinaryGetDataByIndex(longValue.data(), 0, &id, nullptr, out, &size), 0x101},
+        {SMSDOBinaryGetDataByID(extraSlot.data(), 1, nullptr, out, &size), 0x101},
+        {SMSDOBinaryGetDataByIndex(extraSlot.data(), 1, &id, nullptr, out, &size), 0x101},
+        {SMSDOBinaryGetDataByID(farValue.data(), 1, nullptr, out, &size), 0x101},
+        {SMSDOBinaryGetDataByIndex(longValue.data(), 1, &id, nullptr, out, &size), 0x0C},
         {SMSDOBinarySetData(pair.data(), &room, 7, 6, out, 2), 0x10F},
         {walk(out), 0x10F},
-        {walk(longNested.data()), 0},
+        {walk(longValue.data()), 0x10F},
+        {walk(extraSlot.data()), 0x10F},
+        {walk(longNested.data()), 0x10F},
+        {walk(farValue.data()), 0x10F},
         {walk(pastEnd.data()), 0x10F},
         {SMSDOBinaryArrayInitHeader(nullptr, 8), 0x10F},
         {SMSDOBinaryArrayInitHeader(out, 7), 0x10},

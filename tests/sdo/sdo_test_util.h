@@ -4,8 +4,12 @@
 
 #include <gtest/gtest.h>
 
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <cstring>
 #include <memory>
+#include <stdexcept>
 #include <vector>
 
 #include <zksupt/zksupt.h>
@@ -59,6 +63,37 @@ inline void add(SDOConfig *config, uint16_t id, uint8_t type, const Bytes &value
 {
     ASSERT_EQ(SMSDOConfigAddData(config, id, type, value.data(), static_cast<uint32_t>(value.size()), replace), 0);
 }
+
+// A copy of bytes that ends exactly where a readable page does, followed by
+// a page that cannot be read: a read past the copy's end faults at once, in
+// every build, not only under the address sanitizer.
+class PageEnd {
+  public:
+    explicit PageEnd(const Bytes &bytes)
+        : page_(static_cast<std::size_t>(::sysconf(_SC_PAGESIZE))),
+          length_((bytes.size() + page_ - 1) / page_ * page_ + page_)
+    {
+        void *map = ::mmap(nullptr, length_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        if (map == MAP_FAILED)
+            throw std::runtime_error("no pages for a page-end buffer");
+        base_ = static_cast<uint8_t *>(map);
+        if (::mprotect(base_ + length_ - page_, page_, PROT_NONE) != 0)
+            throw std::runtime_error("the guard page cannot be protected");
+        data_ = base_ + length_ - page_ - bytes.size();
+        std::memcpy(data_, bytes.data(), bytes.size());
+    }
+    ~PageEnd() { ::munmap(base_, length_); }
+    PageEnd(const PageEnd &) = delete;
+    PageEnd &operator=(const PageEnd &) = delete;
+
+    uint8_t *data() const { return data_; }
+
+  private:
+    std::size_t page_;
+    std::size_t length_;
+    uint8_t *base_ = nullptr;
+    uint8_t *data_ = nullptr;
+};
 
 // The bytes of a value in host order.
 template <class T> Bytes of(T v)

@@ -13,10 +13,10 @@
 namespace zksupt::test {
 namespace {
 
-// A UCS-2 string's bytes in host order, terminator included.
-Bytes units(std::u16string_view s)
+// A UCS-2 string's bytes in host order, terminator included unless asked.
+Bytes units(std::u16string_view s, bool terminated = true)
 {
-    Bytes b((s.size() + 1) * 2, 0);
+    Bytes b((s.size() + terminated) * 2, 0);
     std::memcpy(b.data(), s.data(), s.size() * 2);
     return b;
 }
@@ -31,13 +31,15 @@ std::pair<int32_t, Bytes> parse(uint32_t type, const char *text)
     return {status, buffer};
 }
 
-// Formats a value: its text, or the status as text when it fails.
+// Formats a value that ends where readable memory does: its text, or the
+// status as text when it fails.
 std::string format(uint32_t type, const Bytes &value)
 {
     std::string text(512, '\x7f');
     uint32_t size = 512;
+    const PageEnd atEnd(value);
     const int32_t status =
-        SMXLTTypeValueToUTF8(value.data(), static_cast<uint32_t>(value.size()), text.data(), &size, type);
+        SMXLTTypeValueToUTF8(atEnd.data(), static_cast<uint32_t>(value.size()), text.data(), &size, type);
     return status == 0 ? text.substr(0, size - 1) : std::to_string(status);
 }
 
@@ -189,6 +191,10 @@ TEST(TypeText, FormatsEveryCode)
         {16, Bytes(64, 0), "-1"},
         {13, {'h', 'i', 0, 'x'}, "hi"},
         {14, units(u"a\u20AC"), "a\xE2\x82\xAC"},
+        // A UCS-2 value without a terminator ends at its size, a lone last
+        // byte dropped.
+        {14, units(u"ab", false), "ab"},
+        {14, Bytes{'?'}, ""},
         {15, {192, 168, 0, 1}, "192.168.0.1"},
         {17, of<uint32_t>(1), "2"},
     };

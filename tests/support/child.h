@@ -8,7 +8,8 @@
 namespace zksupt::test {
 
 // Runs body in a child process and returns its exit status: body's result,
-// or -1 when the child did not exit normally. body must not throw.
+// or -1 when the child did not exit normally or was killed after running far
+// longer than any test needs. body must not throw.
 int runInChild(const std::function<int()> &body);
 
 }  // namespace zksupt::test

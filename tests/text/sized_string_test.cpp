@@ -8,6 +8,7 @@
 
 #include <zksupt/text.h>
 
+#include "text/growth.h"
 #include "text_test_util.h"
 
 namespace {
@@ -40,8 +41,9 @@ TEST(SizedStrings, AllocAndFree)
     EXPECT_EQ(state(rec), std::make_tuple(false, 0u, 0u));
 }
 
-// Doubling up to 0xFFFFF bytes, a quarter more above it, never less than the
-// need; a need beyond 32 bits keeps the old text.
+// Doubling up to 0xFFFFF bytes, a quarter more above it (also beyond what a
+// quarter more fits in 32 bits), never less than the need, never more than
+// 32 bits can hold; a need beyond 32 bits keeps the old text.
 TEST(SizedStrings, GrowthSteps)
 {
     struct Row {
@@ -52,18 +54,21 @@ TEST(SizedStrings, GrowthSteps)
                                            {false, 8, 7, 20, 28},
                                            {true, 0x100000, 0x7FFFF, 1, 0x140000},
                                            {true, 0x100000, 0x7FFFF, 0x100000, 0x300000},
+                                           {false, 0x2200000, 0x21FFFFF, 1, 0x2A80000},
                                            {true, 8, 3, 0x80000000, 8}}) {
         SMSizedString rec{};
         const uint32_t kept = row.grown == row.capacity ? row.held : row.held + row.added;  // refused: nothing read
-        const std::vector<uint16_t> units(kept, 'u');
-        const std::vector<char> bytes(units.begin(), units.end());
+        const std::vector<uint16_t> units(row.ucs2 ? kept : 0, 'u');
+        const std::vector<char> bytes(row.ucs2 ? 0 : kept, 'u');
         ASSERT_NE(row.ucs2 ? SMSSUCS2StrAlloc(&rec, row.capacity) : SMSSUTF8StrAlloc(&rec, row.capacity), nullptr);
         for (uint32_t n : {row.held, row.added})
             row.ucs2 ? SMSSUCS2StrNCatUCS2Str(&rec, units.data(), n) : SMSSUTF8StrNCatUTF8Str(&rec, bytes.data(), n);
         EXPECT_EQ(state(rec), std::make_tuple(true, row.grown, kept));
-        EXPECT_EQ(contents(rec, row.ucs2).back(), 0u);
+        const auto *end = static_cast<const char *>(rec.buf) + rec.length * (row.ucs2 ? 2 : 1);
+        EXPECT_TRUE(end[0] == 0 && (!row.ucs2 || end[1] == 0)) << "terminated";
         SMSSUTF8StrFree(&rec);
     }
+    EXPECT_EQ(zksupt::text::grownCapacity(0xF0000000u, 0xF0000001u), UINT32_MAX);
 }
 
 TEST(SizedStrings, NullSourceOrNoBufferLeavesTheRecord)
