@@ -13,7 +13,7 @@
 #include <zksupt/status.h>
 
 #include "config/registry_file.h"
-#include "config/table_lock.h"
+#include "sync/mutex.h"
 
 namespace zksupt::config {
 namespace {
@@ -24,9 +24,11 @@ struct PathEntry {
 };
 using PathTable = std::array<PathEntry, kProducts.size()>;
 
-// Guarded by TableLock. Null while no table is loaded.
+// Held while the table is read, freed or rebuilt.
+sync::Mutex tableMutex;
+// Guarded by tableMutex. Null while no table is loaded.
 PathTable *table = nullptr;
-// Guarded by TableLock too: a library whose module did not start answers
+// Guarded by tableMutex too: a library whose module did not start answers
 // every query with "not found" and builds nothing.
 bool started = false;
 
@@ -167,14 +169,14 @@ int32_t registryPath(const Registry &registry, int32_t id, PathField field, std:
 
 bool startPathTable() noexcept
 {
-    const TableLock lock;
+    const sync::Guard lock(tableMutex);
     started = true;
     return table != nullptr || loadTable();
 }
 
 void stopPathTable() noexcept
 {
-    const TableLock lock;
+    const sync::Guard lock(tableMutex);
     started = false;
     freeTable();
 }
@@ -191,7 +193,7 @@ int32_t pathByProductAndType(int32_t id, uint32_t kind, char *buffer, uint32_t *
         return SM_STATUS_INVALID_PARAMETER;
     }
     const uint32_t capacity = *size;
-    const TableLock lock;
+    const sync::Guard lock(tableMutex);
     int32_t status = table != nullptr ? find(id, *field, buffer, size) : SM_STATUS_NOT_FOUND;
     if (status == SM_STATUS_NOT_FOUND && started) {
         // A miss may mean the registry changed since the table was built.
