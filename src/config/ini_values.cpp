@@ -30,9 +30,10 @@ template <class... Values> std::string formatted(const char *format, Values... v
     return text;
 }
 
+// A number stored into the caller's value, *size the bytes stored.
 template <class T> void store(void *value, uint32_t *size, T v) noexcept
 {
-    std::memcpy(value, &v, sizeof v);
+    frame::storeAs(value, v);
     *size = sizeof v;
 }
 
@@ -63,9 +64,7 @@ uint32_t ucs2Size(const void *units, uint32_t limit) noexcept
 {
     const auto *bytes = static_cast<const uint8_t *>(units);
     for (uint32_t at = 0; at + 1 < limit; at += 2) {
-        ucs2 unit;
-        std::memcpy(&unit, bytes + at, sizeof unit);
-        if (unit == 0)
+        if (frame::loadAs<ucs2>(bytes + at) == 0)
             return at + 2;
     }
     return 0;

@@ -115,7 +115,7 @@ class NestedValue {
         }
         if (kind != Kind::array)
             return SM_STATUS_INVALID_PARAMETER;
-        uint32_t count = load16(bytes_ + 4);
+        uint32_t count = frame::loadAs<uint16_t>(bytes_ + 4);
         handles_.reset(static_cast<SDOConfig **>(std::calloc(std::max(count, 1u), kHandleSize)));
         if (handles_ == nullptr)
             return SM_STATUS_NO_MEMORY;

@@ -56,7 +56,8 @@ constexpr bool validId(uint16_t id) noexcept
 }
 
 // The handles a value of base type 13 holds: one, or dataSize / kHandleSize
-// for an array. Reads and writes go through memcpy: the bytes are a value.
+// for an array. Reads and writes go through frame::loadAs/storeAs: the bytes
+// are a value, at any alignment.
 uint32_t handleCount(uint8_t type, uint32_t dataSize) noexcept;
 SDOConfig *handleAt(const uint8_t *data, uint32_t index) noexcept;
 

@@ -2,13 +2,15 @@
 // and array elements. Every read goes through a Block, whose extent is the
 // total size its own header states, cut down to what its container allows,
 // so that a damaged or hostile block cannot lead a read outside itself.
-// Fields are in host byte order and unaligned, hence memcpy.
+// Fields are in host byte order and unaligned, hence frame::loadAs/storeAs.
 #pragma once
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <optional>
+
+#include "frame/unaligned.h"
 
 namespace zksupt::sdo {
 
@@ -29,18 +31,6 @@ constexpr uint8_t baseOf(uint8_t type) noexcept
     return type & kBaseMask;
 }
 
-inline uint16_t load16(const uint8_t *at) noexcept
-{
-    uint16_t value;
-    std::memcpy(&value, at, sizeof value);
-    return value;
-}
-
-inline void store16(uint8_t *at, uint16_t value) noexcept
-{
-    std::memcpy(at, &value, sizeof value);
-}
-
 enum class Kind { invalid, object, array };
 
 // What the first four bytes announce.
@@ -54,8 +44,8 @@ inline Kind kindOf(const void *bytes) noexcept
 inline void writeHeader(uint8_t *at, Kind kind, uint16_t count, uint16_t total) noexcept
 {
     std::memcpy(at, kind == Kind::array ? "SDAB" : "SDOB", 4);
-    store16(at + 4, count);
-    store16(at + 6, total);
+    frame::storeAs<uint16_t>(at + 4, count);
+    frame::storeAs<uint16_t>(at + 6, total);
 }
 
 struct Block {
@@ -75,10 +65,10 @@ inline Block openBlock(const void *bytes, uint32_t limit) noexcept
         return {};
     const auto *at = static_cast<const uint8_t *>(bytes);
     const Kind kind = kindOf(at);
-    const uint32_t size = std::min<uint32_t>(load16(at + 6), limit);
+    const uint32_t size = std::min<uint32_t>(frame::loadAs<uint16_t>(at + 6), limit);
     if (kind == Kind::invalid || size < kHeaderSize)
         return {};
-    return {at, size, load16(at + 4), kind};
+    return {at, size, frame::loadAs<uint16_t>(at + 4), kind};
 }
 
 // One index slot of an object and where its value lies within the block.
@@ -106,7 +96,7 @@ inline Slot slotAt(const Block &block, uint32_t index) noexcept
     Slot slot;
     slot.offset = kHeaderSize + index * kSlotSize;
     const uint8_t *at = block.bytes + slot.offset;
-    slot.id = load16(at);
+    slot.id = frame::loadAs<uint16_t>(at);
     slot.type = at[2];
     slot.flags = at[3];
     if (!slot.outOfLine()) {
@@ -114,8 +104,8 @@ inline Slot slotAt(const Block &block, uint32_t index) noexcept
         slot.length = (slot.flags & 3u) + 1;
         return slot;
     }
-    const uint32_t stated = load16(at + 4);
-    slot.valueOffset = std::min(slot.offset + load16(at + 6), block.size);
+    const uint32_t stated = frame::loadAs<uint16_t>(at + 4);
+    slot.valueOffset = std::min(slot.offset + frame::loadAs<uint16_t>(at + 6), block.size);
     slot.length = std::min(stated, block.size - slot.valueOffset);
     slot.whole = slot.length == stated;
     return slot;
@@ -131,10 +121,10 @@ inline std::optional<Slot> findSlot(const Block &block, uint16_t id) noexcept
     uint32_t first = 0;
     for (uint32_t length = count; length > 1;) {
         const uint32_t half = length / 2;
-        first = load16(slots + (first + half) * kSlotSize) <= id ? first + half : first;
+        first = frame::loadAs<uint16_t>(slots + (first + half) * kSlotSize) <= id ? first + half : first;
         length -= half;
     }
-    if (count == 0 || load16(slots + first * kSlotSize) != id)
+    if (count == 0 || frame::loadAs<uint16_t>(slots + first * kSlotSize) != id)
         return std::nullopt;
     return slotAt(block, first);
 }
@@ -145,7 +135,7 @@ inline uint32_t elementEnd(const Block &array, uint32_t offset) noexcept
 {
     if (offset + kHeaderSize > array.size)
         return 0;
-    const uint32_t size = load16(array.bytes + offset + 6);
+    const uint32_t size = frame::loadAs<uint16_t>(array.bytes + offset + 6);
     return size >= kHeaderSize && offset + size <= array.size ? offset + size : 0;
 }
 

@@ -51,7 +51,7 @@ uint32_t binaryCount(const void *binary, uint16_t *isArray) noexcept
     const Kind kind = kindOf(binary);
     if (isArray != nullptr)
         *isArray = kind == Kind::array ? 1 : 0;
-    return kind != Kind::invalid ? load16(static_cast<const uint8_t *>(binary) + 4) : 0xFFFFFFFFu;
+    return kind != Kind::invalid ? frame::loadAs<uint16_t>(static_cast<const uint8_t *>(binary) + 4) : 0xFFFFFFFFu;
 }
 
 uint32_t binarySize(const void *binary, uint16_t *isArray) noexcept
@@ -61,7 +61,7 @@ uint32_t binarySize(const void *binary, uint16_t *isArray) noexcept
     const Kind kind = kindOf(binary);
     if (isArray != nullptr)
         *isArray = kind == Kind::array ? 1 : 0;
-    return kind != Kind::invalid ? load16(static_cast<const uint8_t *>(binary) + 6) : 0;
+    return kind != Kind::invalid ? frame::loadAs<uint16_t>(static_cast<const uint8_t *>(binary) + 6) : 0;
 }
 
 // Inline values are reported as the whole four bytes of their slot, padding
@@ -87,7 +87,7 @@ int32_t binaryGetByIndex(const void *binary, uint32_t index, uint16_t *id, uint8
 {
     if (binary == nullptr || id == nullptr || size == nullptr)
         return SM_STATUS_INVALID_PARAMETER;
-    if (index >= load16(static_cast<const uint8_t *>(binary) + 4))
+    if (index >= frame::loadAs<uint16_t>(static_cast<const uint8_t *>(binary) + 4))
         return SM_STATUS_NOT_PRESENT;
     const Block block = openBlock(binary, kLargestBlock);
     if (block.kind != Kind::object)
@@ -126,7 +126,7 @@ int32_t binarySetData(void *binary, uint32_t *size, uint16_t id, uint8_t type, c
         std::memcpy(bytes + slot.valueOffset, value, valueSize);
         if (!slot.outOfLine())
             bytes[slot.offset + 3] = static_cast<uint8_t>(valueSize - 1);
-        *size = load16(bytes + 6);
+        *size = frame::loadAs<uint16_t>(bytes + 6);
         return SM_STATUS_SUCCESS;
     }
 
@@ -140,7 +140,7 @@ int32_t binarySetData(void *binary, uint32_t *size, uint16_t id, uint8_t type, c
         return SM_STATUS_BUFFER_TOO_SMALL;
     }
     const int32_t status = toBinary(config.get(), binary, size);
-    *size = load16(bytes + 6);
+    *size = frame::loadAs<uint16_t>(bytes + 6);
     return status;
 }
 

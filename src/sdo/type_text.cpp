@@ -94,19 +94,11 @@ int32_t parse64(const char *text, uint32_t format, uint32_t code, void *buffer) 
     if (status != 0)
         return SM_STATUS_INVALID_PARAMETER;
     const int radix = format == text::kNumberOctal ? 8 : format == text::kNumberHex ? 16 : 10;
-    if (code == 4) {
-        const long long value = std::strtoll(text, nullptr, radix);
-        std::memcpy(buffer, &value, 8);
-    } else {
-        const unsigned long long value = std::strtoull(text, nullptr, radix);
-        std::memcpy(buffer, &value, 8);
-    }
+    if (code == 4)
+        frame::storeAs<int64_t>(buffer, std::strtoll(text, nullptr, radix));
+    else
+        frame::storeAs<uint64_t>(buffer, std::strtoull(text, nullptr, radix));
     return SM_STATUS_SUCCESS;
-}
-
-template <class T> void store(void *buffer, T value) noexcept
-{
-    std::memcpy(buffer, &value, sizeof value);
 }
 
 // The low width bytes of a 32-bit value, in host order: the same bytes for a
@@ -114,11 +106,11 @@ template <class T> void store(void *buffer, T value) noexcept
 void storeNarrowed(void *buffer, uint32_t width, uint32_t value) noexcept
 {
     if (width == 1)
-        store(buffer, static_cast<uint8_t>(value));
+        frame::storeAs(buffer, static_cast<uint8_t>(value));
     else if (width == 2)
-        store(buffer, static_cast<uint16_t>(value));
+        frame::storeAs(buffer, static_cast<uint16_t>(value));
     else
-        store(buffer, value);
+        frame::storeAs(buffer, value);
 }
 
 int32_t parseInteger(const char *text, uint32_t code, uint32_t flag, void *buffer) noexcept
@@ -192,25 +184,25 @@ int32_t parseFixed(const char *text, void *buffer, uint32_t code, uint32_t flag)
         const uint32_t value = text::textToBoolean(text, &status);
         if (status != 0)
             return SM_STATUS_INVALID_PARAMETER;
-        store(buffer, static_cast<uint16_t>(value));
+        frame::storeAs(buffer, static_cast<uint16_t>(value));
         return SM_STATUS_SUCCESS;
     }
     case 9:
-        store(buffer, text::textToDoubleByFormat(text, text::kNumberDecimal, &status));
+        frame::storeAs(buffer, text::textToDoubleByFormat(text, text::kNumberDecimal, &status));
         return SM_STATUS_SUCCESS;
     case 10: {
         const auto *it =
             std::find_if(kLocales.begin(), kLocales.end(), [text](const Locale &l) { return l.name == text; });
         if (it == kLocales.end())
             return SM_STATUS_FAILURE;
-        store(buffer, it->code);
+        frame::storeAs(buffer, it->code);
         return SM_STATUS_SUCCESS;
     }
     case kTypeIpv4: {
         uint32_t address = 0;
         const int32_t result = net::ipv4FromText(text, &address);
         if (result == SM_STATUS_SUCCESS)
-            store(buffer, address);
+            frame::storeAs(buffer, address);
         return result;
     }
     default:

@@ -9,6 +9,7 @@
 #include <zksupt/status.h>
 
 #include "frame/memory.h"
+#include "frame/unaligned.h"
 #include "sdo/type_text.h"
 #include "text/convert.h"
 #include "text/sized_string.h"
@@ -42,12 +43,9 @@ void append(SMXGBuf *buffer, std::string_view s) noexcept
 int64_t firstTextSize(uint32_t type, const void *value, uint32_t size) noexcept
 {
     switch (type) {
-    case sdo::kTypeBoolean: {
-        uint16_t b = 0;
-        if (size >= sizeof b)  // else the translation refuses the value
-            std::memcpy(&b, value, sizeof b);
-        return b == 1 ? 5 : 6;
-    }
+    case sdo::kTypeBoolean:
+        // A shorter value is refused by the translation.
+        return size >= sizeof(uint16_t) && frame::loadAs<uint16_t>(value) == 1 ? 5 : 6;
     case 1:
     case 2:
     case 3:
@@ -290,7 +288,7 @@ int32_t nodeValue(SMXGBuf *buffer, const void *value, uint32_t size, uint32_t ty
     if (type >= kFirstUnknownType)
         return SM_STATUS_FAILURE;
     if (type == kUtf8Pointer || type == kUtf8PointerToo || type == kUcs2Pointer) {
-        std::memcpy(&value, value, sizeof value);
+        value = frame::loadAs<const void *>(value);
         if (value == nullptr)
             return SM_STATUS_NOT_FOUND;
     }
