@@ -15,8 +15,8 @@
 #include "config/ini_reader.h"
 #include "config/ini_values.h"
 #include "config/replace_file.h"
-#include "config/stdio_file.h"
-#include "frame/memory.h"
+#include "file/stream.h"
+#include "frame/owned.h"
 
 namespace zksupt::config {
 namespace {
@@ -37,10 +37,10 @@ int32_t scanLocked(const char *path, const char *section, const char *key, char 
     if (guard.status() != SM_STATUS_SUCCESS)
         return guard.status();
     recoverBackup(path);
-    const File file{std::fopen(path, "r")};
-    if (!file)
+    const file::Stream stream{std::fopen(path, "r")};
+    if (!stream)
         return SM_STATUS_FILE_OPEN_FAILED;
-    return scanIni(file.get(), section, key, buffer, size);
+    return scanIni(stream.get(), section, key, buffer, size);
 }
 
 int32_t readString(const char *section, const char *key, char *value, uint32_t *size, const char *defaultValue,
@@ -116,28 +116,23 @@ char *readText(const char *section, const char *key, const char *defaultValue, u
                int16_t lockWait) noexcept
 {
     uint32_t capacity = kNumberText;
-    char *text = static_cast<char *>(frame::allocate(capacity));
+    frame::Owned<char> text = frame::allocateOwned<char>(capacity);
     const uint32_t defaultSize = defaultValue != nullptr ? static_cast<uint32_t>(std::strlen(defaultValue) + 1) : 0;
-    int32_t status = text != nullptr
-                         ? readValue(section, key, kIniText, text, &capacity, defaultValue, defaultSize, path, lockWait)
-                         : SM_STATUS_NO_MEMORY;
-    if (status == SM_STATUS_BUFFER_TOO_SMALL && capacity <= kTextGrowthLimit) {
-        char *larger = static_cast<char *>(frame::reallocate(text, capacity));
-        if (larger != nullptr) {
-            text = larger;
-            status = readValue(section, key, kIniText, text, &capacity, defaultValue, defaultSize, path, lockWait);
-        }
-    }
+    const auto read = [&] {
+        return readValue(section, key, kIniText, text.get(), &capacity, defaultValue, defaultSize, path, lockWait);
+    };
+    int32_t status = text != nullptr ? read() : SM_STATUS_NO_MEMORY;
+    if (status == SM_STATUS_BUFFER_TOO_SMALL && capacity <= kTextGrowthLimit && frame::reallocateOwned(text, capacity))
+        status = read();
     const bool defaulted = defaultSize != 0 && status != SM_STATUS_BUFFER_TOO_SMALL && status != SM_STATUS_NO_MEMORY &&
                            status != SM_STATUS_BAD_ARGUMENT;
     if (status != SM_STATUS_SUCCESS && !defaulted) {
-        frame::release(text);
-        text = nullptr;
+        text.reset();
         capacity = 0;
     }
     if (size != nullptr)
         *size = capacity;
-    return text;
+    return text.release();
 }
 
 uint32_t readEnum(const char *section, const char *key, const SMEnumRow *rows, uint32_t count, int32_t multi,
@@ -145,8 +140,7 @@ uint32_t readEnum(const char *section, const char *key, const SMEnumRow *rows, u
 {
     if (section == nullptr || key == nullptr || rows == nullptr || path == nullptr || count < 2)
         return kEnumFailure;
-    const std::unique_ptr<char, void (*)(void *) noexcept> text{
-        readText(section, key, nullptr, nullptr, path, lockWait), frame::release};
+    const frame::Owned<char> text{readText(section, key, nullptr, nullptr, path, lockWait)};
     // A value that cannot be read means row 1, a value no row names row 0:
     // callers have long relied on the difference.
     if (!text)

@@ -9,7 +9,7 @@
 
 #include "config/ini.h"
 #include "format/engine.h"
-#include "frame/memory.h"
+#include "frame/owned.h"
 #include "frame/unaligned.h"
 #include "text/helpers.h"
 
@@ -17,10 +17,6 @@ namespace zksupt::config {
 namespace {
 
 constexpr uint32_t kByteListLimit = 2048;
-
-struct Release {
-    void operator()(void *p) const noexcept { frame::release(p); }
-};
 
 // Large enough for "%.8f" of any double.
 template <class... Values> std::string formatted(const char *format, Values... values)
@@ -97,7 +93,7 @@ int32_t encodeIniValue(uint32_t type, const void *value, uint32_t size, std::str
         if (type == kIniUcs2 && size != ucs2Size(value, size))
             return SM_STATUS_BAD_LENGTH;
         uint32_t length = size;
-        const std::unique_ptr<char, Release> list{text::byteListText(static_cast<const uint8_t *>(value), &length)};
+        const frame::Owned<char> list{text::byteListText(static_cast<const uint8_t *>(value), &length)};
         if (!list)
             throw std::bad_alloc();
         text = list.get();
@@ -167,7 +163,7 @@ int32_t decodeIniValue(uint32_t type, char *text, uint32_t length, void *value, 
         return SM_STATUS_NO_MEMORY;
     }
     uint32_t count = length + 1;
-    const std::unique_ptr<uint8_t, Release> bytes{text::byteListParse(text, &count)};
+    const frame::Owned<uint8_t> bytes{text::byteListParse(text, &count)};
     if (!bytes)
         return SM_STATUS_FAILURE;
     if (count == 0)

@@ -13,16 +13,13 @@
 #include <zksupt/net.h>
 #include <zksupt/status.h>
 
+#include "frame/owned.h"
 #include "net/module.h"
 #include "net/text_out.h"
 #include "text/utf8_string.h"
 
 namespace zksupt::net {
 namespace {
-
-struct Free {
-    void operator()(void *p) const noexcept { std::free(p); }
-};
 
 // The broadcast address is the one text allowed to read as all ones, which
 // inet_addr also answers for text it cannot read.
@@ -68,7 +65,7 @@ int32_t ipv4FromText(const char *text, uint32_t *address) noexcept
 {
     if (const int32_t status = checkCall({text, address}); status != SM_STATUS_SUCCESS)
         return status;
-    const std::unique_ptr<char, Free> rewritten{static_cast<char *>(std::malloc(std::strlen(text) + 1))};
+    const frame::Owned<char> rewritten = frame::allocateOwned<char>(std::strlen(text) + 1);
     if (rewritten == nullptr)
         return SM_STATUS_NO_MEMORY;
     rewriteDottedText(text, rewritten.get());

@@ -6,12 +6,11 @@
 #include <cerrno>
 #include <climits>
 #include <cstring>
-#include <memory>
-#include <new>
 #include <string_view>
 
 #include <zksupt/status.h>
 
+#include "frame/owned.h"
 #include "net/module.h"
 #include "net/text_out.h"
 #include "text/convert.h"
@@ -82,7 +81,7 @@ int32_t dnsSuffix(char *buffer, uint32_t *size) noexcept
     // The reentrant lookup: the classic one returns static storage that any
     // other thread's lookup overwrites.
     for (std::size_t area = kFirstLookupArea; area <= kLargestLookupArea; area *= 2) {
-        const std::unique_ptr<char[]> work{new (std::nothrow) char[area]};
+        const frame::Owned<char> work = frame::allocateOwned<char>(area);
         if (work == nullptr)
             return SM_STATUS_NO_MEMORY;
         hostent entry{};

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <utility>
 
+#include "frame/owned.h"
 #include "sdo/binary.h"
 #include "sdo/config.h"
 
@@ -26,7 +27,7 @@ uint32_t elementOffset(const Block &array, uint32_t index) noexcept
 int32_t checkSerialisable(const SDOConfig *config) noexcept
 {
     uint32_t size = config->binarySize;
-    HeapPtr<uint8_t> scratch(static_cast<uint8_t *>(std::malloc(size)));
+    const frame::Owned<uint8_t> scratch = frame::allocateOwned<uint8_t>(size);
     if (scratch == nullptr)
         return SM_STATUS_NO_MEMORY;
     return toBinary(config, scratch.get(), &size);

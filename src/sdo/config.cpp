@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "containers/tree.h"
+#include "frame/owned.h"
 #include "sdo/binary.h"
 #include "sdo/config.h"
 #include "sdo/layout.h"
@@ -116,7 +117,7 @@ class NestedValue {
         if (kind != Kind::array)
             return SM_STATUS_INVALID_PARAMETER;
         uint32_t count = frame::loadAs<uint16_t>(bytes_ + 4);
-        handles_.reset(static_cast<SDOConfig **>(std::calloc(std::max(count, 1u), kHandleSize)));
+        handles_ = frame::allocateZeroed<SDOConfig *>(std::max(count, 1u));
         if (handles_ == nullptr)
             return SM_STATUS_NO_MEMORY;
         if (const int32_t status = binaryArrayToConfigs(bytes_, handles_.get(), &count, size_))
@@ -153,7 +154,7 @@ class NestedValue {
     uint32_t size_;
     SDOConfig *single_ = nullptr;
     bool madeOne_ = false;
-    HeapPtr<SDOConfig *> handles_;
+    frame::Owned<SDOConfig *> handles_;
     uint32_t made_ = 0;
 };
 
@@ -200,7 +201,7 @@ int32_t addData(SDOConfig *config, uint16_t id, uint8_t type, const void *value,
     if (config->binarySize + cost > kLargestBlock)
         return SM_STATUS_LIMIT_REACHED;
 
-    HeapPtr<Entry> entry(static_cast<Entry *>(std::calloc(1, sizeof(Entry) + input.size())));
+    frame::Owned<Entry> entry(static_cast<Entry *>(std::calloc(1, sizeof(Entry) + input.size())));
     if (entry == nullptr)
         return SM_STATUS_NO_MEMORY;
     *entry = Entry{input.size(), id, input.type(), 0};

@@ -38,11 +38,6 @@ struct Entry {
 };
 static_assert(sizeof(Entry) == 8);
 
-struct FreeDeleter {
-    void operator()(void *block) const noexcept { std::free(block); }
-};
-template <class T> using HeapPtr = std::unique_ptr<T, FreeDeleter>;
-
 void freeConfig(SDOConfig *config) noexcept;
 struct ConfigDeleter {
     void operator()(SDOConfig *config) const noexcept { freeConfig(config); }

@@ -12,7 +12,7 @@
 #include <zksupt/status.h>
 
 #include "format/engine.h"
-#include "frame/memory.h"
+#include "frame/owned.h"
 #include "frame/unaligned.h"
 #include "net/address_text.h"
 #include "text/convert.h"
@@ -21,11 +21,6 @@
 
 namespace zksupt::sdo {
 namespace {
-
-struct Release {
-    void operator()(void *p) const noexcept { frame::release(p); }
-};
-template <class T> using Owned = std::unique_ptr<T, Release>;
 
 // Width in bytes of the fixed-size codes 0-11 and 15.
 constexpr std::array<uint8_t, kLastTypeCode + 1> kWidth{2, 1, 2, 4, 8, 1, 2, 4, 8, 8, 4, 4, 0, 0, 0, 4, 0};
@@ -145,19 +140,19 @@ int32_t parseInteger(const char *text, uint32_t code, uint32_t flag, void *buffe
 // Byte strings: a digit string (two characters a byte, an odd last one alone)
 // or a comma-separated list of "%x" pieces. Null when a piece has no value or
 // a value above 255; *count gets the bytes.
-Owned<uint8_t> parseBytes(const char *text, bool list, uint32_t *count) noexcept
+frame::Owned<uint8_t> parseBytes(const char *text, bool list, uint32_t *count) noexcept
 {
     const auto length = static_cast<uint32_t>(std::strlen(text));
     if (!list) {
         uint32_t n = length;
-        Owned<uint8_t> bytes{text::hexStringParse(text, &n)};
+        frame::Owned<uint8_t> bytes{text::hexStringParse(text, &n)};
         if (bytes == nullptr || n != (length + 1) / 2)
             return nullptr;
         *count = n;
         return bytes;
     }
     const auto pieces = static_cast<uint32_t>(std::count(text, text + length, ',')) + 1;
-    Owned<uint8_t> bytes{static_cast<uint8_t *>(frame::allocate(pieces))};
+    frame::Owned<uint8_t> bytes = frame::allocateOwned<uint8_t>(pieces);
     if (bytes == nullptr)
         return nullptr;
     const char *p = text;
@@ -232,7 +227,7 @@ int32_t parseVariable(const char *text, void *buffer, uint32_t *size, uint32_t c
     if (code == kTypeBytes && flag != 0 && flag != kFlagHex)
         return SM_STATUS_BAD_ARGUMENT;
     uint32_t count = 0;
-    const Owned<uint8_t> bytes = parseBytes(text, code == kTypeBytes && flag == kFlagHex, &count);
+    const frame::Owned<uint8_t> bytes = parseBytes(text, code == kTypeBytes && flag == kFlagHex, &count);
     if (bytes == nullptr)
         return SM_STATUS_FAILURE;
     *size = count;
@@ -386,7 +381,7 @@ int32_t formatVariable(const void *value, uint32_t valueSize, char *text, uint32
     if (code == kTypeHexBytes && valueSize > kHexBytesLimit)
         return SM_STATUS_FAILURE;
     uint32_t length = valueSize;
-    Owned<char> produced;
+    frame::Owned<char> produced;
     if (code == kTypeHexBytes || flag == 0)
         produced.reset(text::hexStringText(bytes, &length));
     else if (flag == kFlagHex)

@@ -1,59 +1,16 @@
 #include "text/escape.h"
 
-#include <cstdlib>
 #include <cstring>
-#include <memory>
 
 #include <zksupt/status.h>
 
-#include "text/growth.h"
+#include "text/sized_string.h"
 
 namespace zksupt::text {
 namespace {
 
+// The work string starts with room for 1,024 units of the longest escape.
 constexpr uint32_t kInitialCapacity = 6144;
-
-// A heap byte buffer that grows as the library's sized strings do and always
-// has room for a terminator after its text.
-class WorkBuffer {
-  public:
-    bool start() noexcept
-    {
-        data_.reset(static_cast<char *>(std::malloc(kInitialCapacity)));
-        capacity_ = data_ ? kInitialCapacity : 0;
-        return data_ != nullptr;
-    }
-
-    bool append(const char *piece, uint32_t n) noexcept
-    {
-        const uint32_t needed = length_ + 1 + n;
-        if (needed < length_)
-            return false;  // beyond 4 GiB
-        if (needed > capacity_) {
-            const uint32_t capacity = grownCapacity(capacity_, needed);
-            void *grown = std::realloc(data_.get(), capacity);
-            if (grown == nullptr)
-                return false;
-            static_cast<void>(data_.release());
-            data_.reset(static_cast<char *>(grown));
-            capacity_ = capacity;
-        }
-        std::memcpy(data_.get() + length_, piece, n);
-        length_ += n;
-        return true;
-    }
-
-    const char *data() const noexcept { return data_.get(); }
-    uint32_t length() const noexcept { return length_; }
-
-  private:
-    struct Free {
-        void operator()(char *p) const noexcept { std::free(p); }
-    };
-    std::unique_ptr<char, Free> data_;
-    uint32_t capacity_ = 0;
-    uint32_t length_ = 0;
-};
 
 // The escaped form of one unit, written to out (room for 6 bytes); returns
 // its length.
@@ -83,15 +40,17 @@ int32_t escapeUcs2(char *dst, uint32_t *size, const ucs2 *src) noexcept
 {
     if (src == nullptr)
         return SM_STATUS_BAD_ARGUMENT;
-    WorkBuffer text;
-    if (!text.start())
+    OwnedSizedString text;
+    if (sizedAllocUtf8(text.get(), kInitialCapacity) == nullptr)
         return SM_STATUS_FAILURE;
     for (; *src != 0; ++src) {
         char piece[6];
-        if (!text.append(piece, escapeUnit(*src, piece)))
+        if (!appendUtf8(text.get(), piece, escapeUnit(*src, piece)))
             return SM_STATUS_FAILURE;
     }
-    const uint32_t needed = text.length() + 1;
+    const uint32_t length = text->length;
+    const char *escaped = static_cast<const char *>(text->buf);
+    const uint32_t needed = length + 1;
     if (size != nullptr) {
         const uint32_t capacity = *size;
         *size = needed;
@@ -99,8 +58,8 @@ int32_t escapeUcs2(char *dst, uint32_t *size, const ucs2 *src) noexcept
             return SM_STATUS_BUFFER_TOO_SMALL;
     }
     if (dst != nullptr) {
-        std::memcpy(dst, text.data(), text.length());
-        dst[text.length()] = '\0';
+        std::memcpy(dst, escaped, length);
+        dst[length] = '\0';
     }
     return SM_STATUS_SUCCESS;
 }

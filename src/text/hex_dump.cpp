@@ -64,22 +64,18 @@ char *hexDumpText(const uint8_t *data, uint32_t *len, uint32_t base) noexcept
 {
     if (len == nullptr)
         return nullptr;
-    SMSizedString work{};
-    char *text = nullptr;
-    if (sizedAllocUtf8(&work, kWorkCapacity) != nullptr && hexDumpAppend(&work, data, *len, base) == 0)
-        text = utf8Duplicate(static_cast<const char *>(work.buf), len);
-    sizedFree(&work);
-    return text;
+    OwnedSizedString work;
+    if (sizedAllocUtf8(work.get(), kWorkCapacity) == nullptr || hexDumpAppend(work.get(), data, *len, base) != 0)
+        return nullptr;
+    return utf8Duplicate(static_cast<const char *>(work->buf), len);
 }
 
 int32_t hexDumpAppendUcs2(SMSizedString *dst, const uint8_t *data, uint32_t len, uint32_t base) noexcept
 {
-    SMSizedString work{};
-    if (sizedAllocUtf8(&work, kWorkCapacity) == nullptr)
+    OwnedSizedString work;
+    if (sizedAllocUtf8(work.get(), kWorkCapacity) == nullptr)
         return 0x110;
-    const bool done = hexDumpAppend(&work, data, len, base) == 0 && appendSizedUtf8AsUcs2(dst, work);
-    sizedFree(&work);
-    return done ? 0 : -1;
+    return hexDumpAppend(work.get(), data, len, base) == 0 && appendSizedUtf8AsUcs2(dst, *work) ? 0 : -1;
 }
 
 }  // namespace zksupt::text

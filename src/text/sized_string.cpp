@@ -1,10 +1,9 @@
 #include "text/sized_string.h"
 
-#include <cstdlib>
 #include <cstring>
-#include <memory>
 
 #include "frame/memory.h"
+#include "frame/owned.h"
 #include "text/convert.h"
 #include "text/growth.h"
 #include "text/units.h"
@@ -56,12 +55,11 @@ template <class Unit> bool append(SMSizedString *rec, const Unit *src, uint32_t 
 
 // A zeroed temporary block of count units: what is appended past a
 // conversion's terminator is then zeros, never stale memory.
-template <class Unit> using Block = std::unique_ptr<Unit[], decltype(&std::free)>;
-
-template <class Unit> Block<Unit> zeroedBlock(uint64_t count) noexcept
+template <class Unit> frame::Owned<Unit[]> zeroedBlock(uint64_t count) noexcept
 {
-    void *block = count * sizeof(Unit) > UINT32_MAX ? nullptr : std::calloc(count, sizeof(Unit));
-    return Block<Unit>(static_cast<Unit *>(block), &std::free);
+    if (count * sizeof(Unit) > UINT32_MAX)
+        return nullptr;
+    return frame::allocateZeroed<Unit[]>(count);
 }
 
 }  // namespace

@@ -49,4 +49,30 @@ bool appendUtf8AsUcs2(SMSizedString *rec, const char *src, uint32_t n) noexcept;
 // convert or growing fails.
 bool appendSizedUtf8AsUcs2(SMSizedString *rec, const SMSizedString &utf8) noexcept;
 
+// A sized string of the library's own work: its buffer is freed at the end of
+// the scope unless release() hands it on.
+class OwnedSizedString {
+  public:
+    OwnedSizedString() noexcept = default;
+    ~OwnedSizedString() { sizedFree(&record_); }
+    OwnedSizedString(const OwnedSizedString &) = delete;
+    OwnedSizedString &operator=(const OwnedSizedString &) = delete;
+
+    SMSizedString *get() noexcept { return &record_; }
+    const SMSizedString &operator*() const noexcept { return record_; }
+    const SMSizedString *operator->() const noexcept { return &record_; }
+
+    // The buffer, now the caller's (free it with free); the record is left
+    // empty.
+    void *release() noexcept
+    {
+        void *buffer = record_.buf;
+        record_ = SMSizedString{nullptr, 0, 0};
+        return buffer;
+    }
+
+  private:
+    SMSizedString record_{nullptr, 0, 0};
+};
+
 }  // namespace zksupt::text
