@@ -17,6 +17,7 @@
 #include "config/replace_file.h"
 #include "file/stream.h"
 #include "frame/owned.h"
+#include "frame/size_out.h"
 
 namespace zksupt::config {
 namespace {
@@ -73,10 +74,8 @@ int32_t readTyped(const char *section, const char *key, uint32_t type, void *val
         return SM_STATUS_BAD_ARGUMENT;
     const uint32_t width = iniTypeWidth(type);
     const bool byteList = width == 0;
-    if (*size < width) {
-        *size = width;
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    }
+    if (const int32_t status = frame::requireCapacity(size, width); status != SM_STATUS_SUCCESS)
+        return status;
     if (type == kIniUcs2 && defaultValue != nullptr && defaultSize != 0 &&
         defaultSize != ucs2Size(defaultValue, defaultSize))
         return SM_STATUS_BAD_ARGUMENT;

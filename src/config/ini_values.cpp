@@ -10,6 +10,7 @@
 #include "config/ini.h"
 #include "format/engine.h"
 #include "frame/owned.h"
+#include "frame/size_out.h"
 #include "frame/unaligned.h"
 #include "text/helpers.h"
 
@@ -168,13 +169,7 @@ int32_t decodeIniValue(uint32_t type, char *text, uint32_t length, void *value, 
         return SM_STATUS_FAILURE;
     if (count == 0)
         return SM_STATUS_BAD_LENGTH;
-    if (count > *size) {
-        *size = count;
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    }
-    std::memcpy(value, bytes.get(), count);
-    *size = count;
-    return SM_STATUS_SUCCESS;
+    return frame::copyOutBytes(value, size, bytes.get(), count);
 }
 
 }  // namespace zksupt::config

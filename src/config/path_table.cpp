@@ -13,6 +13,7 @@
 #include <zksupt/status.h>
 
 #include "config/registry_file.h"
+#include "frame/size_out.h"
 #include "sync/mutex.h"
 
 namespace zksupt::config {
@@ -121,15 +122,8 @@ int32_t find(int32_t id, PathField field, char *buffer, uint32_t *size) noexcept
         return SM_STATUS_NOT_FOUND;
     if (::access(path->c_str(), F_OK) != 0)
         return SM_STATUS_BAD_OBJECT;
-    const auto needed = static_cast<uint32_t>(path->size() + 1);
-    if (*size < needed) {
-        *size = needed;
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    }
-    if (buffer != nullptr)
-        std::memcpy(buffer, path->c_str(), needed);
-    *size = needed;
-    return SM_STATUS_SUCCESS;
+    // A null buffer asks only for the size, when the capacity would hold it.
+    return frame::copyOutText(buffer, size, *path, frame::NullBuffer::capacityOnly);
 }
 
 }  // namespace

@@ -14,8 +14,8 @@
 #include <zksupt/status.h>
 
 #include "frame/owned.h"
+#include "frame/size_out.h"
 #include "net/module.h"
-#include "net/text_out.h"
 #include "text/utf8_string.h"
 
 namespace zksupt::net {
@@ -85,7 +85,7 @@ int32_t ipv4ToText(uint32_t address, char *buffer, uint32_t *size) noexcept
     char dotted[INET_ADDRSTRLEN];
     if (::inet_ntop(AF_INET, &address, dotted, sizeof dotted) == nullptr)
         return SM_STATUS_FAILURE;
-    return copyText(dotted, buffer, size);
+    return frame::copyOutText(buffer, size, dotted, frame::NullBuffer::sizeQuery);
 }
 
 int32_t inetFromText(uint32_t family, const char *text, void *buffer, uint32_t *size) noexcept
@@ -98,12 +98,7 @@ int32_t inetFromText(uint32_t family, const char *text, void *buffer, uint32_t *
     std::array<unsigned char, 16> bytes{};
     if (::inet_pton(kind->af, text, bytes.data()) <= 0)
         return SM_STATUS_INVALID_PARAMETER;
-    const uint32_t capacity = *size;
-    *size = kind->length;
-    if (capacity < kind->length)
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    std::memcpy(buffer, bytes.data(), kind->length);
-    return SM_STATUS_SUCCESS;
+    return frame::copyOutBytes(buffer, size, bytes.data(), kind->length);
 }
 
 int32_t inetToText(uint32_t family, const void *address, uint32_t length, char *buffer, uint32_t *size) noexcept
@@ -117,7 +112,7 @@ int32_t inetToText(uint32_t family, const void *address, uint32_t length, char *
     char text[INET6_ADDRSTRLEN];
     if (::inet_ntop(kind->af, address, text, sizeof text) == nullptr)
         return errno == EAFNOSUPPORT ? SM_STATUS_INVALID_PARAMETER : SM_STATUS_FAILURE;
-    return copyText(text, buffer, size);
+    return frame::copyOutText(buffer, size, text, frame::NullBuffer::sizeQuery);
 }
 
 }  // namespace zksupt::net

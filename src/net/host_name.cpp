@@ -11,8 +11,8 @@
 #include <zksupt/status.h>
 
 #include "frame/owned.h"
+#include "frame/size_out.h"
 #include "net/module.h"
-#include "net/text_out.h"
 #include "text/convert.h"
 
 namespace zksupt::net {
@@ -38,7 +38,7 @@ const char *shortHostName(char (&name)[kShortName]) noexcept
 {
     char whole[HOST_NAME_MAX + 2];
     uint32_t size = kShortName;
-    copyText(wholeHostName(whole).substr(0, kShortName - 1), name, &size);
+    frame::copyOutText(name, &size, wholeHostName(whole).substr(0, kShortName - 1));
     return name;
 }
 
@@ -50,11 +50,9 @@ int32_t hostName(char *buffer, uint32_t *size) noexcept
         return status;
     char whole[HOST_NAME_MAX + 2];
     const std::string_view name = wholeHostName(whole);
-    if (*size == 0) {
-        copyText(name, nullptr, size);
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    }
-    return copyText(name.substr(0, *size - 1), buffer, size);
+    if (*size == 0)
+        return frame::copyOutText(nullptr, size, name);
+    return frame::copyOutText(buffer, size, name.substr(0, *size - 1), frame::NullBuffer::sizeQuery);
 }
 
 int32_t hostNameUcs2(ucs2 *buffer, uint32_t *size) noexcept
@@ -68,7 +66,7 @@ int32_t hostNameUcs2(ucs2 *buffer, uint32_t *size) noexcept
 int32_t dnsSuffixOf(const char *officialName, char *buffer, uint32_t *size) noexcept
 {
     const char *dot = std::strchr(officialName, '.');
-    return copyText(dot != nullptr ? dot + 1 : "", buffer, size);
+    return frame::copyOutText(buffer, size, dot != nullptr ? dot + 1 : "", frame::NullBuffer::sizeQuery);
 }
 
 int32_t dnsSuffix(char *buffer, uint32_t *size) noexcept

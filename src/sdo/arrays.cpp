@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "frame/owned.h"
+#include "frame/size_out.h"
 #include "sdo/binary.h"
 #include "sdo/config.h"
 
@@ -83,13 +84,7 @@ int32_t arrayGetByIndex(const void *array, uint32_t index, void *out, uint32_t *
     const uint32_t end = offset != 0 ? elementEnd(block, offset) : 0;
     if (end == 0 || kindOf(block.bytes + offset) != Kind::object)
         return SM_STATUS_BAD_OBJECT;
-    const uint32_t length = end - offset;
-    const uint32_t capacity = *size;
-    *size = length;
-    if (out == nullptr || capacity < length)
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    std::memcpy(out, block.bytes + offset, length);
-    return SM_STATUS_SUCCESS;
+    return frame::copyOutBytes(out, size, block.bytes + offset, end - offset);
 }
 
 // The running total counts every serialisable object, kept or not, so that

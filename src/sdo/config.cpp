@@ -7,6 +7,7 @@
 
 #include "containers/tree.h"
 #include "frame/owned.h"
+#include "frame/size_out.h"
 #include "sdo/binary.h"
 #include "sdo/config.h"
 #include "sdo/layout.h"
@@ -43,16 +44,12 @@ void adjustBinarySize(SDOConfig *config, uint64_t gained, uint64_t lost) noexcep
     config->binarySize = static_cast<uint32_t>(size > lost + kHeaderSize ? size - lost : kHeaderSize);
 }
 
+// The type is reported even when the value does not fit.
 int32_t copyOut(const Entry &entry, uint8_t *type, void *buffer, uint32_t *size) noexcept
 {
-    const uint32_t capacity = *size;
-    *size = entry.dataSize;
     if (type != nullptr)
         *type = entry.type;
-    if (buffer == nullptr || capacity < entry.dataSize)
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    std::memcpy(buffer, entry.data(), entry.dataSize);
-    return SM_STATUS_SUCCESS;
+    return frame::copyOutBytes(buffer, size, entry.data(), entry.dataSize);
 }
 
 // The value an add stores, once nested input is resolved: the caller's bytes,

@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "frame/size_out.h"
 #include "sdo/binary.h"
 #include "sdo/config.h"
 
@@ -25,16 +26,6 @@ SDOConfig *readObject(const Block &block) noexcept
             return nullptr;
     }
     return config.release();
-}
-
-int32_t copyValue(const uint8_t *value, uint32_t length, void *buffer, uint32_t *size) noexcept
-{
-    const uint32_t capacity = *size;
-    *size = length;
-    if (buffer == nullptr || capacity < length)
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    std::memcpy(buffer, value, length);
-    return SM_STATUS_SUCCESS;
 }
 
 }  // namespace
@@ -76,7 +67,8 @@ int32_t binaryGetById(const void *binary, uint16_t id, uint8_t *type, void *buff
     const std::optional<Slot> slot = findSlot(block, id);
     if (!slot)
         return SM_STATUS_NOT_FOUND;
-    const int32_t status = copyValue(slot->value(block), slot->outOfLine() ? slot->length : kInlineMax, buffer, size);
+    const int32_t status =
+        frame::copyOutBytes(buffer, size, slot->value(block), slot->outOfLine() ? slot->length : kInlineMax);
     if (status == SM_STATUS_SUCCESS && type != nullptr)
         *type = slot->type;
     return status;
@@ -95,7 +87,7 @@ int32_t binaryGetByIndex(const void *binary, uint32_t index, uint16_t *id, uint8
     if (index >= slotCount(block))
         return SM_STATUS_NOT_PRESENT;
     const Slot slot = slotAt(block, index);
-    const int32_t status = copyValue(slot.value(block), slot.length, buffer, size);
+    const int32_t status = frame::copyOutBytes(buffer, size, slot.value(block), slot.length);
     if (status == SM_STATUS_SUCCESS) {
         *id = slot.id;
         if (type != nullptr)
@@ -135,10 +127,8 @@ int32_t binarySetData(void *binary, uint32_t *size, uint16_t id, uint8_t type, c
         return SM_STATUS_BUFFER_TOO_SMALL;
     if (const int32_t status = addData(config.get(), id, type, value, valueSize, 1))
         return status;
-    if (config->binarySize > *size) {
-        *size = config->binarySize;
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    }
+    if (const int32_t status = frame::requireCapacity(size, config->binarySize); status != SM_STATUS_SUCCESS)
+        return status;
     const int32_t status = toBinary(config.get(), binary, size);
     *size = frame::loadAs<uint16_t>(bytes + 6);
     return status;

@@ -13,6 +13,7 @@
 
 #include "format/engine.h"
 #include "frame/owned.h"
+#include "frame/size_out.h"
 #include "frame/unaligned.h"
 #include "net/address_text.h"
 #include "text/convert.h"
@@ -205,23 +206,18 @@ int32_t parseFixed(const char *text, void *buffer, uint32_t code, uint32_t flag)
     }
 }
 
+// The buffer is null only with a capacity of 0 (checked first), which a
+// byte string of no bytes fits: hence NullBuffer::capacityOnly there.
 int32_t parseVariable(const char *text, void *buffer, uint32_t *size, uint32_t code, uint32_t flag) noexcept
 {
-    const uint32_t capacity = *size;
-    if (code == kTypeUtf8) {
-        *size = static_cast<uint32_t>(std::strlen(text)) + 1;
-        if (capacity < *size)
-            return SM_STATUS_BUFFER_TOO_SMALL;
-        std::memcpy(buffer, text, *size);
-        return SM_STATUS_SUCCESS;
-    }
+    if (code == kTypeUtf8)
+        return frame::copyOutText(static_cast<char *>(buffer), size, text);
     if (code == kTypeUcs2) {
         uint32_t need = 0;
         if (const int32_t status = text::utf8ToUcs2(nullptr, &need, text); status != SM_STATUS_SUCCESS)
             return status;
-        *size = need;
-        if (capacity < need)
-            return SM_STATUS_BUFFER_TOO_SMALL;
+        if (const int32_t status = frame::reserveOut(buffer, size, need); status != SM_STATUS_SUCCESS)
+            return status;
         return text::utf8ToUcs2(static_cast<ucs2 *>(buffer), size, text);
     }
     if (code == kTypeBytes && flag != 0 && flag != kFlagHex)
@@ -230,29 +226,10 @@ int32_t parseVariable(const char *text, void *buffer, uint32_t *size, uint32_t c
     const frame::Owned<uint8_t> bytes = parseBytes(text, code == kTypeBytes && flag == kFlagHex, &count);
     if (bytes == nullptr)
         return SM_STATUS_FAILURE;
-    *size = count;
-    if (capacity < count)
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    if (count != 0)
-        std::memcpy(buffer, bytes.get(), count);
-    return SM_STATUS_SUCCESS;
+    return frame::copyOutBytes(buffer, size, bytes.get(), count, frame::NullBuffer::capacityOnly);
 }
 
 // ---- Formatting -------------------------------------------------------------
-
-// Copies finished text into the caller's buffer, or reports what it needs.
-int32_t deliver(const char *produced, std::size_t length, char *text, uint32_t *size) noexcept
-{
-    const auto need = static_cast<uint32_t>(length + 1);
-    if (*size < need) {
-        *size = need;
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    }
-    std::memcpy(text, produced, length);
-    text[length] = '\0';
-    *size = need;
-    return SM_STATUS_SUCCESS;
-}
 
 // Codes 1-3 sign-extended, 5-7 zero-extended, as 32 bits.
 uint32_t load32(const void *value, uint32_t code) noexcept
@@ -327,8 +304,7 @@ int32_t formatFixed(const void *value, char *text, uint32_t *size, uint32_t code
     char work[330];
     switch (code) {
     case kTypeBoolean:
-        return deliver(frame::loadAs<uint16_t>(value) == 1 ? "true" : "false",
-                       frame::loadAs<uint16_t>(value) == 1 ? 4 : 5, text, size);
+        return frame::copyOutText(text, size, frame::loadAs<uint16_t>(value) == 1 ? "true" : "false");
     case 4:
         text::int64ToDecimal(work, frame::loadAs<int64_t>(value));
         break;
@@ -342,7 +318,7 @@ int32_t formatFixed(const void *value, char *text, uint32_t *size, uint32_t code
         const uint32_t id = frame::loadAs<uint32_t>(value);
         const auto *it = std::find_if(kLocales.begin(), kLocales.end(), [id](const Locale &l) { return l.code == id; });
         const std::string_view name = it == kLocales.end() ? kLocales[2].name : it->name;
-        return deliver(name.data(), name.size(), text, size);
+        return frame::copyOutText(text, size, name);
     }
     case kTypeTime: {
         const time_t t = frame::loadAs<int32_t>(value);
@@ -354,7 +330,7 @@ int32_t formatFixed(const void *value, char *text, uint32_t *size, uint32_t code
         integerText(load32(value, code), code, flag, work);
         break;
     }
-    return deliver(work, std::strlen(work), text, size);
+    return frame::copyOutText(text, size, work);
 }
 
 int32_t formatVariable(const void *value, uint32_t valueSize, char *text, uint32_t *size, uint32_t code,
@@ -363,17 +339,15 @@ int32_t formatVariable(const void *value, uint32_t valueSize, char *text, uint32
     const auto *bytes = static_cast<const uint8_t *>(value);
     if (code == kTypeUtf8) {
         const auto *s = static_cast<const char *>(value);
-        return deliver(s, valueSize == 0 ? std::strlen(s) : strnlen(s, valueSize), text, size);
+        return frame::copyOutText(text, size, {s, valueSize == 0 ? std::strlen(s) : strnlen(s, valueSize)});
     }
     if (code == kTypeUcs2) {
         uint32_t need = 0;
         const auto *units = static_cast<const ucs2 *>(value);
         if (const int32_t status = text::ucs2ToUtf8(nullptr, &need, units); status != SM_STATUS_SUCCESS)
             return status;
-        if (*size < need) {
-            *size = need;
-            return SM_STATUS_BUFFER_TOO_SMALL;
-        }
+        if (const int32_t status = frame::reserveOut(text, size, need); status != SM_STATUS_SUCCESS)
+            return status;
         return text::ucs2ToUtf8(text, size, units);
     }
     if (code == kTypeIpv4)
@@ -392,7 +366,7 @@ int32_t formatVariable(const void *value, uint32_t valueSize, char *text, uint32
         return SM_STATUS_BAD_ARGUMENT;
     if (produced == nullptr)
         return SM_STATUS_FAILURE;
-    return deliver(produced.get(), std::strlen(produced.get()), text, size);
+    return frame::copyOutText(text, size, produced.get());
 }
 
 }  // namespace
@@ -407,10 +381,8 @@ int32_t textToTypeValue(const char *text, void *buffer, uint32_t *size, uint32_t
         return SM_STATUS_BAD_ARGUMENT;
     if (kWidth[code] == 0)
         return parseVariable(text, buffer, size, code, flag);
-    const uint32_t capacity = *size;
-    *size = kWidth[code];
-    if (capacity < kWidth[code])
-        return SM_STATUS_BUFFER_TOO_SMALL;
+    if (const int32_t status = frame::reserveOut(buffer, size, kWidth[code]); status != SM_STATUS_SUCCESS)
+        return status;
     return parseFixed(text, buffer, code, flag);
 }
 
@@ -426,10 +398,9 @@ int32_t typeValueToText(const void *value, uint32_t valueSize, char *text, uint3
         return SM_STATUS_INVALID_PARAMETER;
     if (code == kTypeIpv4 || kWidth[code] == 0)
         return formatVariable(value, valueSize, text, size, code, flag);
-    if (const uint32_t minimum = minimumCapacity(code, flag, value); *size < minimum) {
-        *size = minimum;
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    }
+    if (const int32_t status = frame::requireCapacity(size, minimumCapacity(code, flag, value));
+        status != SM_STATUS_SUCCESS)
+        return status;
     return formatFixed(value, text, size, code, flag);
 }
 

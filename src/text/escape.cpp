@@ -1,9 +1,8 @@
 #include "text/escape.h"
 
-#include <cstring>
-
 #include <zksupt/status.h>
 
+#include "frame/size_out.h"
 #include "text/sized_string.h"
 
 namespace zksupt::text {
@@ -48,20 +47,11 @@ int32_t escapeUcs2(char *dst, uint32_t *size, const ucs2 *src) noexcept
         if (!appendUtf8(text.get(), piece, escapeUnit(*src, piece)))
             return SM_STATUS_FAILURE;
     }
-    const uint32_t length = text->length;
-    const char *escaped = static_cast<const char *>(text->buf);
-    const uint32_t needed = length + 1;
-    if (size != nullptr) {
-        const uint32_t capacity = *size;
-        *size = needed;
-        if (capacity < needed)
-            return SM_STATUS_BUFFER_TOO_SMALL;
-    }
-    if (dst != nullptr) {
-        std::memcpy(dst, escaped, length);
-        dst[length] = '\0';
-    }
-    return SM_STATUS_SUCCESS;
+    // Without a size the copy is unchecked: the capacity is taken to be what
+    // is needed.
+    uint32_t unchecked = text->length + 1;
+    return frame::copyOutText(dst, size != nullptr ? size : &unchecked,
+                              {static_cast<const char *>(text->buf), text->length}, frame::NullBuffer::capacityOnly);
 }
 
 }  // namespace zksupt::text
