@@ -96,7 +96,7 @@ int32_t encodeIniValue(uint32_t type, const void *value, uint32_t size, std::str
         uint32_t length = size;
         const frame::Owned<char> list{text::byteListText(static_cast<const uint8_t *>(value), &length)};
         if (!list)
-            throw std::bad_alloc();
+            return SM_STATUS_NO_MEMORY;
         text = list.get();
         return SM_STATUS_SUCCESS;
     }
@@ -137,7 +137,7 @@ int32_t decodeIniValue(uint32_t type, char *text, uint32_t length, void *value, 
         case kIniBoolean: {
             uint32_t status = 0;
             const uint32_t truth = text::textToBoolean(firstWord(text).c_str(), &status);
-            if (status != 0)
+            if (status != SM_STATUS_SUCCESS)
                 return SM_STATUS_BAD_LENGTH;
             store(value, size, static_cast<uint16_t>(truth));
             return SM_STATUS_SUCCESS;

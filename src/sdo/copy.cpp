@@ -2,6 +2,8 @@
 // nested objects and every type bit without a walk of its own.
 #include <cstring>
 
+#include <zksupt/status.h>
+
 #include "frame/owned.h"
 #include "sdo/binary.h"
 #include "sdo/config.h"
@@ -17,7 +19,7 @@ frame::Owned<uint8_t> serialised(const SDOConfig *config) noexcept
     if (size < kHeaderSize || size > kLargestBlock)
         return nullptr;
     frame::Owned<uint8_t> bytes = frame::allocateOwned<uint8_t>(size);
-    if (bytes == nullptr || toBinary(config, bytes.get(), &size) != 0)
+    if (bytes == nullptr || toBinary(config, bytes.get(), &size) != SM_STATUS_SUCCESS)
         return nullptr;
     return bytes;
 }

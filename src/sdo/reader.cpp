@@ -22,7 +22,7 @@ SDOConfig *readObject(const Block &block) noexcept
     for (uint32_t i = 0; config != nullptr && i < slots; ++i) {
         const Slot slot = slotAt(block, i);
         if (!slot.whole || baseOf(slot.type) == kBaseNested ||
-            addData(config.get(), slot.id, slot.type, slot.value(block), slot.length, 0) != 0)
+            addData(config.get(), slot.id, slot.type, slot.value(block), slot.length, 0) != SM_STATUS_SUCCESS)
             return nullptr;
     }
     return config.release();

@@ -87,7 +87,7 @@ int32_t parse64(const char *text, uint32_t format, uint32_t code, void *buffer) 
         text::textToUint32(text, format, &status);
     else
         text::textToUint64(text, format, &status);
-    if (status != 0)
+    if (status != SM_STATUS_SUCCESS)
         return SM_STATUS_INVALID_PARAMETER;
     const int radix = format == text::kNumberOctal ? 8 : format == text::kNumberHex ? 16 : 10;
     if (code == 4)
@@ -119,7 +119,7 @@ int32_t parseInteger(const char *text, uint32_t code, uint32_t flag, void *buffe
     uint32_t status = 0;
     if (isSigned(code)) {
         const int32_t value = text::textToInt32(text, format, &status);
-        if (status != 0)
+        if (status != SM_STATUS_SUCCESS)
             return SM_STATUS_INVALID_PARAMETER;
         const int32_t limit = code == 1 ? INT8_MAX : INT16_MAX;
         if (code != 3 && value > limit)
@@ -130,7 +130,7 @@ int32_t parseInteger(const char *text, uint32_t code, uint32_t flag, void *buffe
         return SM_STATUS_SUCCESS;
     }
     const uint32_t value = text::textToUint32(text, format, &status);
-    if (status != 0)
+    if (status != SM_STATUS_SUCCESS)
         return SM_STATUS_INVALID_PARAMETER;
     if ((code == 5 && value > UINT8_MAX) || (code == 6 && value > UINT16_MAX))
         return SM_STATUS_VALUE_TOO_LARGE;
@@ -178,7 +178,7 @@ int32_t parseFixed(const char *text, void *buffer, uint32_t code, uint32_t flag)
     switch (code) {
     case kTypeBoolean: {
         const uint32_t value = text::textToBoolean(text, &status);
-        if (status != 0)
+        if (status != SM_STATUS_SUCCESS)
             return SM_STATUS_INVALID_PARAMETER;
         frame::storeAs(buffer, static_cast<uint16_t>(value));
         return SM_STATUS_SUCCESS;
@@ -322,7 +322,7 @@ int32_t formatFixed(const void *value, char *text, uint32_t *size, uint32_t code
     }
     case kTypeTime: {
         const time_t t = frame::loadAs<int32_t>(value);
-        if (text::timeToText(&t, work, sizeof work) != 0)
+        if (text::timeToText(&t, work, sizeof work) != SM_STATUS_SUCCESS)
             return SM_STATUS_FAILURE;
         break;
     }

@@ -3,6 +3,8 @@
 #include <array>
 #include <cstring>
 
+#include <zksupt/status.h>
+
 #include "text/helpers.h"
 #include "text/hex_digits.h"
 #include "text/sized_string.h"
@@ -49,15 +51,15 @@ void formatLine(Line &line, const uint8_t *run, std::size_t count, uint32_t addr
 int32_t hexDumpAppend(SMSizedString *dst, const uint8_t *data, uint32_t len, uint32_t base) noexcept
 {
     if (data == nullptr || len == 0)
-        return 0;
+        return SM_STATUS_SUCCESS;
     Line line;
     for (uint32_t offset = 0; offset < len; offset += kLineBytes) {
         const std::size_t count = std::min<std::size_t>(kLineBytes, len - offset);
         formatLine(line, data + offset, count, base + offset);
         if (!appendUtf8(dst, line.data(), kLineLength))
-            return -1;
+            return SM_STATUS_FAILURE;
     }
-    return 0;
+    return SM_STATUS_SUCCESS;
 }
 
 char *hexDumpText(const uint8_t *data, uint32_t *len, uint32_t base) noexcept
@@ -65,7 +67,8 @@ char *hexDumpText(const uint8_t *data, uint32_t *len, uint32_t base) noexcept
     if (len == nullptr)
         return nullptr;
     OwnedSizedString work;
-    if (sizedAllocUtf8(work.get(), kWorkCapacity) == nullptr || hexDumpAppend(work.get(), data, *len, base) != 0)
+    if (sizedAllocUtf8(work.get(), kWorkCapacity) == nullptr ||
+        hexDumpAppend(work.get(), data, *len, base) != SM_STATUS_SUCCESS)
         return nullptr;
     return utf8Duplicate(static_cast<const char *>(work->buf), len);
 }
@@ -74,8 +77,10 @@ int32_t hexDumpAppendUcs2(SMSizedString *dst, const uint8_t *data, uint32_t len,
 {
     OwnedSizedString work;
     if (sizedAllocUtf8(work.get(), kWorkCapacity) == nullptr)
-        return 0x110;
-    return hexDumpAppend(work.get(), data, len, base) == 0 && appendSizedUtf8AsUcs2(dst, *work) ? 0 : -1;
+        return SM_STATUS_NO_MEMORY;
+    return hexDumpAppend(work.get(), data, len, base) == SM_STATUS_SUCCESS && appendSizedUtf8AsUcs2(dst, *work)
+               ? SM_STATUS_SUCCESS
+               : SM_STATUS_FAILURE;
 }
 
 }  // namespace zksupt::text

@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include <zksupt/status.h>
+
 #include "frame/memory.h"
 #include "frame/owned.h"
 #include "text/convert.h"
@@ -100,7 +102,7 @@ bool appendUcs2AsUtf8(SMSizedString *rec, const ucs2 *src, uint32_t n) noexcept
         n = static_cast<uint32_t>(length(src));
     auto bytes = zeroedBlock<char>(uint64_t{n} + 1);
     uint32_t size = n + 1;
-    if (bytes == nullptr || ucs2ToUtf8(bytes.get(), &size, src) != 0)
+    if (bytes == nullptr || ucs2ToUtf8(bytes.get(), &size, src) != SM_STATUS_SUCCESS)
         return false;
     return append(rec, bytes.get(), n);
 }
@@ -113,7 +115,7 @@ bool appendUtf8AsUcs2(SMSizedString *rec, const char *src, uint32_t n) noexcept
         n = static_cast<uint32_t>(length(src));
     auto units = zeroedBlock<ucs2>(uint64_t{n} + 1);
     uint32_t size = (n + 1) * 2;
-    if (units == nullptr || utf8ToUcs2(units.get(), &size, src) != 0)
+    if (units == nullptr || utf8ToUcs2(units.get(), &size, src) != SM_STATUS_SUCCESS)
         return false;
     return append(rec, units.get(), n);
 }
@@ -124,7 +126,7 @@ bool appendSizedUtf8AsUcs2(SMSizedString *rec, const SMSizedString &utf8) noexce
         return false;
     auto units = zeroedBlock<ucs2>(uint64_t{utf8.length} + 1);
     uint32_t size = (utf8.length + 1) * 2;
-    if (units == nullptr || utf8ToUcs2(units.get(), &size, static_cast<const char *>(utf8.buf)) != 0)
+    if (units == nullptr || utf8ToUcs2(units.get(), &size, static_cast<const char *>(utf8.buf)) != SM_STATUS_SUCCESS)
         return false;
     return append(rec, units.get(), size / 2 - 1);  // 0 appends the (empty) converted text
 }
