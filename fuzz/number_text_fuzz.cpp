@@ -7,7 +7,7 @@
 #include <memory>
 #include <string>
 
-#include "text/helpers.h"
+#include "text_helpers/helpers.h"
 
 namespace {
 

@@ -12,7 +12,7 @@
 #include "frame/owned.h"
 #include "frame/size_out.h"
 #include "frame/unaligned.h"
-#include "text/helpers.h"
+#include "text_helpers/helpers.h"
 
 namespace zksupt::config {
 namespace {

@@ -9,7 +9,7 @@
 #include "file/stream.h"
 #include "frame/owned.h"
 #include "net/address_lists.h"
-#include "text/hex_digits.h"
+#include "text_helpers/hex_digits.h"
 
 namespace zksupt::net {
 namespace {

@@ -17,8 +17,8 @@
 #include "frame/unaligned.h"
 #include "net/address_text.h"
 #include "text/convert.h"
-#include "text/helpers.h"
-#include "text/hex_digits.h"
+#include "text_helpers/helpers.h"
+#include "text_helpers/hex_digits.h"
 
 namespace zksupt::sdo {
 namespace {

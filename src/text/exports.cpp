@@ -3,8 +3,8 @@
 #include <zksupt/text.h>
 
 #include "text/convert.h"
-#include "text/escape.h"
-#include "text/sized_string.h"
+#include "text_helpers/escape.h"
+#include "text_helpers/sized_string.h"
 #include "text/ucs2_string.h"
 #include "text/utf8_string.h"
 

@@ -13,7 +13,7 @@
 #include "frame/unaligned.h"
 #include "sdo/type_text.h"
 #include "text/convert.h"
-#include "text/sized_string.h"
+#include "text_helpers/sized_string.h"
 
 namespace zksupt::xml {
 namespace {

@@ -9,9 +9,9 @@
 #include <tuple>
 #include <vector>
 
-#include "text/helpers.h"
-#include "text/sized_string.h"
-#include "text_test_util.h"
+#include "text_helpers/helpers.h"
+#include "text_helpers/sized_string.h"
+#include "text/text_test_util.h"
 
 namespace {
 

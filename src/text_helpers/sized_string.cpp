@@ -1,4 +1,4 @@
-#include "text/sized_string.h"
+#include "text_helpers/sized_string.h"
 
 #include <cstring>
 

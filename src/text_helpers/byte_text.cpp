@@ -7,8 +7,8 @@
 
 #include "frame/memory.h"
 #include "frame/owned.h"
-#include "text/helpers.h"
-#include "text/hex_digits.h"
+#include "text_helpers/helpers.h"
+#include "text_helpers/hex_digits.h"
 
 namespace zksupt::text {
 namespace {

@@ -5,9 +5,9 @@
 
 #include <zksupt/status.h>
 
-#include "text/helpers.h"
-#include "text/hex_digits.h"
-#include "text/sized_string.h"
+#include "text_helpers/helpers.h"
+#include "text_helpers/hex_digits.h"
+#include "text_helpers/sized_string.h"
 #include "text/utf8_string.h"
 
 namespace zksupt::text {

@@ -1,9 +1,9 @@
-#include "text/escape.h"
+#include "text_helpers/escape.h"
 
 #include <zksupt/status.h>
 
 #include "frame/size_out.h"
-#include "text/sized_string.h"
+#include "text_helpers/sized_string.h"
 
 namespace zksupt::text {
 namespace {

@@ -10,8 +10,8 @@
 
 #include "format/engine.h"
 #include "text/convert.h"
-#include "text/helpers.h"
-#include "text/hex_digits.h"
+#include "text_helpers/helpers.h"
+#include "text_helpers/hex_digits.h"
 #include "text/utf8_string.h"
 
 namespace zksupt::text {
