@@ -29,10 +29,6 @@ int32_t hexDumpAppend(SMSizedString *dst, const uint8_t *data, uint32_t len, uin
 // terminator. Null when len is null or memory runs out.
 char *hexDumpText(const uint8_t *data, uint32_t *len, uint32_t base) noexcept;
 
-// Appends the dump to a UCS-2 sized string: 0, 0x110 when the work string
-// cannot be allocated, -1 when the dump or the final append fails.
-int32_t hexDumpAppendUcs2(SMSizedString *dst, const uint8_t *data, uint32_t len, uint32_t base) noexcept;
-
 // ---- Byte lists and hex strings ---------------------------------------------
 
 // "0x01,0xFF": "0x%02X," per byte without the last comma. *len: in the bytes,
@@ -74,16 +70,10 @@ uint64_t decimalToUint64(const char *text) noexcept;
 // decimal. dst holds at least 33 bytes.
 void int32ToRadixText(int32_t value, char *dst, uint32_t radix) noexcept;
 
-// The same as UCS-2 through utf8ToUcs2 (*size in bytes as there): 0 or -1.
-int32_t int32ToRadixUcs2(int32_t value, uint32_t radix, ucs2 *dst, uint32_t *size) noexcept;
-
 // ctime's text of *t in local time without its line feed
 // ("Thu Jan  1 00:00:00 1970"), cut to size - 1 bytes: 0, or -1 when t or dst
 // is null, size is 0, or the year is outside 0-9999.
 int32_t timeToText(const time_t *t, char *dst, uint32_t size) noexcept;
-
-// The same as UCS-2 through utf8ToUcs2 (*size in bytes as there): 0 or -1.
-int32_t timeToUcs2(const time_t *t, ucs2 *dst, uint32_t *size) noexcept;
 
 // "%.3f" through the format engine; the bytes stored.
 int32_t doubleToText(char *dst, uint32_t size, double value) noexcept;

@@ -73,14 +73,4 @@ char *hexDumpText(const uint8_t *data, uint32_t *len, uint32_t base) noexcept
     return utf8Duplicate(static_cast<const char *>(work->buf), len);
 }
 
-int32_t hexDumpAppendUcs2(SMSizedString *dst, const uint8_t *data, uint32_t len, uint32_t base) noexcept
-{
-    OwnedSizedString work;
-    if (sizedAllocUtf8(work.get(), kWorkCapacity) == nullptr)
-        return SM_STATUS_NO_MEMORY;
-    return hexDumpAppend(work.get(), data, len, base) == SM_STATUS_SUCCESS && appendSizedUtf8AsUcs2(dst, *work)
-               ? SM_STATUS_SUCCESS
-               : SM_STATUS_FAILURE;
-}
-
 }  // namespace zksupt::text

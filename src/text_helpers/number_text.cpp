@@ -185,15 +185,6 @@ void int32ToRadixText(int32_t value, char *dst, uint32_t radix) noexcept
     *result.ptr = '\0';
 }
 
-int32_t int32ToRadixUcs2(int32_t value, uint32_t radix, ucs2 *dst, uint32_t *size) noexcept
-{
-    char text[33];
-    int32ToRadixText(value, text, radix);
-    if (utf8ToUcs2(dst, size, text) != 0 || *size < 2)
-        return -1;
-    return 0;
-}
-
 int32_t timeToText(const time_t *t, char *dst, uint32_t size) noexcept
 {
     struct tm local {};
@@ -212,14 +203,6 @@ int32_t timeToText(const time_t *t, char *dst, uint32_t size) noexcept
     std::memcpy(dst, text, n);
     dst[n] = '\0';
     return SM_STATUS_SUCCESS;
-}
-
-int32_t timeToUcs2(const time_t *t, ucs2 *dst, uint32_t *size) noexcept
-{
-    char text[128];
-    if (timeToText(t, text, sizeof text) != 0 || utf8ToUcs2(dst, size, text) != 0)
-        return -1;
-    return 0;
 }
 
 int32_t doubleToText(char *dst, uint32_t size, double value) noexcept

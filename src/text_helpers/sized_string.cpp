@@ -120,15 +120,4 @@ bool appendUtf8AsUcs2(SMSizedString *rec, const char *src, uint32_t n) noexcept
     return append(rec, units.get(), n);
 }
 
-bool appendSizedUtf8AsUcs2(SMSizedString *rec, const SMSizedString &utf8) noexcept
-{
-    if (utf8.buf == nullptr)
-        return false;
-    auto units = zeroedBlock<ucs2>(uint64_t{utf8.length} + 1);
-    uint32_t size = (utf8.length + 1) * 2;
-    if (units == nullptr || utf8ToUcs2(units.get(), &size, static_cast<const char *>(utf8.buf)) != SM_STATUS_SUCCESS)
-        return false;
-    return append(rec, units.get(), size / 2 - 1);  // 0 appends the (empty) converted text
-}
-
 }  // namespace zksupt::text

@@ -44,11 +44,6 @@ bool appendUcs2AsUtf8(SMSizedString *rec, const ucs2 *src, uint32_t n) noexcept;
 // multi-byte sequences brings zero units after its converted terminator.
 bool appendUtf8AsUcs2(SMSizedString *rec, const char *src, uint32_t n) noexcept;
 
-// The UTF-8 text of one sized string converted and appended, exactly, to a
-// UCS-2 sized string. False when the source has no buffer, the text does not
-// convert or growing fails.
-bool appendSizedUtf8AsUcs2(SMSizedString *rec, const SMSizedString &utf8) noexcept;
-
 // A sized string of the library's own work: its buffer is freed at the end of
 // the scope unless release() hands it on.
 class OwnedSizedString {

@@ -9,9 +9,10 @@
 #include <tuple>
 #include <vector>
 
+#include <zksupt/status.h>
+
 #include "text_helpers/helpers.h"
 #include "text_helpers/sized_string.h"
-#include "text/text_test_util.h"
 
 namespace {
 
@@ -38,15 +39,8 @@ TEST(HexDump, LineLayout)
     const std::string two = dumpOf(seventeen, 0);
     EXPECT_EQ(two.substr(81), "0x00000010: 41" + std::string(48, ' ') + "A" + std::string(16, ' ') + "\r\n");
     EXPECT_EQ(dumpOf({}, 0), "");
-
-    SMSizedString wide{};
-    ASSERT_NE(SMSSUCS2StrAlloc(&wide, 2), nullptr);
-    ASSERT_EQ(tx::hexDumpAppendUcs2(&wide, seventeen.data(), 17, 0), 0);
-    EXPECT_EQ(zksupt::test::units(static_cast<const ucs2 *>(wide.buf)), std::u16string(two.begin(), two.end()));
     SMSizedString none{};  // no buffer to append to
-    EXPECT_EQ(tx::hexDumpAppend(&none, seventeen.data(), 17, 0) + tx::hexDumpAppendUcs2(&none, seventeen.data(), 17, 0),
-              -2);
-    SMSSUCS2StrFree(&wide);
+    EXPECT_EQ(tx::hexDumpAppend(&none, seventeen.data(), 17, 0), SM_STATUS_FAILURE);
 }
 
 // The text form and the parsed-back bytes, or "(null)".
@@ -128,12 +122,6 @@ TEST(NumberText, ToText)
         tx::int32ToRadixText(row.value, text, row.radix);
         EXPECT_EQ(text, row.text);
     }
-    ucs2 units[4];
-    uint32_t size = sizeof units;
-    ASSERT_EQ(tx::int32ToRadixUcs2(255, 16, units, &size), 0);
-    EXPECT_EQ(zksupt::test::units(units), u"ff");
-    size = 4;
-    EXPECT_EQ(tx::int32ToRadixUcs2(-255, 10, units, &size), -1);  // needs 10 bytes
     EXPECT_EQ(tx::doubleToText(text, sizeof text, -2.0 / 3), 6);
     EXPECT_STREQ(text, "-0.667");
 
@@ -145,10 +133,6 @@ TEST(NumberText, ToText)
     EXPECT_EQ(text + std::string(ctimeText + 3, 21), ctimeText);  // cut to 3, no line feed
     EXPECT_EQ(tx::timeToText(nullptr, text, 4), -1);
     EXPECT_EQ(tx::timeToText(&farFuture, text, sizeof text), sizeof(time_t) > 4 ? -1 : 0);
-    ucs2 wide[32];
-    size = sizeof wide;
-    EXPECT_EQ(tx::timeToUcs2(&t, wide, &size), 0);
-    EXPECT_EQ(size, 50u);
 }
 
 constexpr uint32_t kBad = 0x10F;
