@@ -41,7 +41,7 @@ bool isHexNumber(std::string_view word) noexcept
     if (word.empty())
         return false;
     for (char c : word)
-        if (text::hexDigitValue(c) < 0)
+        if (text_helpers::hexDigitValue(c) < 0)
             return false;
     return true;
 }
@@ -91,8 +91,8 @@ bool parseIfInet6Line(std::string_view line, Inet6Address &out) noexcept
     if (digits.size() != 2 * sizeof out.bytes || !isHexNumber(digits))
         return false;
     for (std::size_t i = 0; i < sizeof out.bytes; ++i)
-        out.bytes[i] = static_cast<unsigned char>(text::hexDigitValue(digits[2 * i]) << 4 |
-                                                  text::hexDigitValue(digits[2 * i + 1]));
+        out.bytes[i] = static_cast<unsigned char>(text_helpers::hexDigitValue(digits[2 * i]) << 4 |
+                                                  text_helpers::hexDigitValue(digits[2 * i + 1]));
     for (int field = 0; field < 4; ++field)  // index, prefix length, scope, flags
         if (!isHexNumber(nextWord(line)))
             return false;

@@ -17,8 +17,9 @@
 #include "frame/unaligned.h"
 #include "net/address_text.h"
 #include "text/convert.h"
-#include "text_helpers/helpers.h"
-#include "text_helpers/hex_digits.h"
+#include "text_helpers/byte_text.h"
+#include "text_helpers/hex_dump.h"
+#include "text_helpers/number_text.h"
 
 namespace zksupt::sdo {
 namespace {
@@ -57,13 +58,13 @@ bool numberFormat(uint32_t flag, uint32_t *format) noexcept
     switch (flag) {
     case 0:
     case kFlagDecimal:
-        *format = text::kNumberDecimal;
+        *format = text_helpers::kNumberDecimal;
         return true;
     case kFlagOctal:
-        *format = text::kNumberOctal;
+        *format = text_helpers::kNumberOctal;
         return true;
     case kFlagHex:
-        *format = text::kNumberHex;
+        *format = text_helpers::kNumberHex;
         return true;
     default:
         return false;
@@ -73,7 +74,7 @@ bool numberFormat(uint32_t flag, uint32_t *format) noexcept
 // The helpers let an empty text and a lone sign through as 0; here they are no number.
 bool hasDigits(const char *text, uint32_t format) noexcept
 {
-    if (format == text::kNumberDecimal)
+    if (format == text_helpers::kNumberDecimal)
         text += (*text == '+' || *text == '-');
     return *text != '\0';
 }
@@ -83,13 +84,13 @@ bool hasDigits(const char *text, uint32_t format) noexcept
 int32_t parse64(const char *text, uint32_t format, uint32_t code, void *buffer) noexcept
 {
     uint32_t status = 0;
-    if (format == text::kNumberOctal)
-        text::textToUint32(text, format, &status);
+    if (format == text_helpers::kNumberOctal)
+        text_helpers::textToUint32(text, format, &status);
     else
-        text::textToUint64(text, format, &status);
+        text_helpers::textToUint64(text, format, &status);
     if (status != SM_STATUS_SUCCESS)
         return SM_STATUS_INVALID_PARAMETER;
-    const int radix = format == text::kNumberOctal ? 8 : format == text::kNumberHex ? 16 : 10;
+    const int radix = format == text_helpers::kNumberOctal ? 8 : format == text_helpers::kNumberHex ? 16 : 10;
     if (code == 4)
         frame::storeAs<int64_t>(buffer, std::strtoll(text, nullptr, radix));
     else
@@ -118,7 +119,7 @@ int32_t parseInteger(const char *text, uint32_t code, uint32_t flag, void *buffe
         return parse64(text, format, code, buffer);
     uint32_t status = 0;
     if (isSigned(code)) {
-        const int32_t value = text::textToInt32(text, format, &status);
+        const int32_t value = text_helpers::textToInt32(text, format, &status);
         if (status != SM_STATUS_SUCCESS)
             return SM_STATUS_INVALID_PARAMETER;
         const int32_t limit = code == 1 ? INT8_MAX : INT16_MAX;
@@ -129,7 +130,7 @@ int32_t parseInteger(const char *text, uint32_t code, uint32_t flag, void *buffe
         storeNarrowed(buffer, kWidth[code], static_cast<uint32_t>(value));
         return SM_STATUS_SUCCESS;
     }
-    const uint32_t value = text::textToUint32(text, format, &status);
+    const uint32_t value = text_helpers::textToUint32(text, format, &status);
     if (status != SM_STATUS_SUCCESS)
         return SM_STATUS_INVALID_PARAMETER;
     if ((code == 5 && value > UINT8_MAX) || (code == 6 && value > UINT16_MAX))
@@ -146,7 +147,7 @@ frame::Owned<uint8_t> parseBytes(const char *text, bool list, uint32_t *count) n
     const auto length = static_cast<uint32_t>(std::strlen(text));
     if (!list) {
         uint32_t n = length;
-        frame::Owned<uint8_t> bytes{text::hexStringParse(text, &n)};
+        frame::Owned<uint8_t> bytes{text_helpers::hexStringParse(text, &n)};
         if (bytes == nullptr || n != (length + 1) / 2)
             return nullptr;
         *count = n;
@@ -162,7 +163,7 @@ frame::Owned<uint8_t> parseBytes(const char *text, bool list, uint32_t *count) n
         if (end == nullptr)
             end = text + length;
         uint32_t value = 0;
-        if (!text::scanHex(p, end, &value) || value > UINT8_MAX)
+        if (!text_helpers::scanHex(p, end, &value) || value > UINT8_MAX)
             return nullptr;
         bytes.get()[i] = static_cast<uint8_t>(value);
         p = end + 1;
@@ -177,14 +178,14 @@ int32_t parseFixed(const char *text, void *buffer, uint32_t code, uint32_t flag)
     uint32_t status = 0;
     switch (code) {
     case kTypeBoolean: {
-        const uint32_t value = text::textToBoolean(text, &status);
+        const uint32_t value = text_helpers::textToBoolean(text, &status);
         if (status != SM_STATUS_SUCCESS)
             return SM_STATUS_INVALID_PARAMETER;
         frame::storeAs(buffer, static_cast<uint16_t>(value));
         return SM_STATUS_SUCCESS;
     }
     case 9:
-        frame::storeAs(buffer, text::textToDoubleByFormat(text, text::kNumberDecimal, &status));
+        frame::storeAs(buffer, text_helpers::textToDoubleByFormat(text, text_helpers::kNumberDecimal, &status));
         return SM_STATUS_SUCCESS;
     case 10: {
         const auto *it =
@@ -253,7 +254,7 @@ void integerText(uint32_t bits, uint32_t code, uint32_t flag, char *work) noexce
 {
     switch (flag) {
     case kFlagBinary:
-        text::int32ToRadixText(static_cast<int32_t>(bits), work, 2);
+        text_helpers::int32ToRadixText(static_cast<int32_t>(bits), work, 2);
         break;
     case kFlagOctal:
         format::formatText(work, 33, "%o", bits);
@@ -306,13 +307,13 @@ int32_t formatFixed(const void *value, char *text, uint32_t *size, uint32_t code
     case kTypeBoolean:
         return frame::copyOutText(text, size, frame::loadAs<uint16_t>(value) == 1 ? "true" : "false");
     case 4:
-        text::int64ToDecimal(work, frame::loadAs<int64_t>(value));
+        text_helpers::int64ToDecimal(work, frame::loadAs<int64_t>(value));
         break;
     case 8:
-        text::uint64ToDecimal(work, frame::loadAs<uint64_t>(value));
+        text_helpers::uint64ToDecimal(work, frame::loadAs<uint64_t>(value));
         break;
     case 9:
-        text::doubleToText(work, sizeof work, frame::loadAs<double>(value));
+        text_helpers::doubleToText(work, sizeof work, frame::loadAs<double>(value));
         break;
     case 10: {
         const uint32_t id = frame::loadAs<uint32_t>(value);
@@ -322,7 +323,7 @@ int32_t formatFixed(const void *value, char *text, uint32_t *size, uint32_t code
     }
     case kTypeTime: {
         const time_t t = frame::loadAs<int32_t>(value);
-        if (text::timeToText(&t, work, sizeof work) != SM_STATUS_SUCCESS)
+        if (text_helpers::timeToText(&t, work, sizeof work) != SM_STATUS_SUCCESS)
             return SM_STATUS_FAILURE;
         break;
     }
@@ -357,11 +358,11 @@ int32_t formatVariable(const void *value, uint32_t valueSize, char *text, uint32
     uint32_t length = valueSize;
     frame::Owned<char> produced;
     if (code == kTypeHexBytes || flag == 0)
-        produced.reset(text::hexStringText(bytes, &length));
+        produced.reset(text_helpers::hexStringText(bytes, &length));
     else if (flag == kFlagHex)
-        produced.reset(text::byteListText(bytes, &length));
+        produced.reset(text_helpers::byteListText(bytes, &length));
     else if (flag == kFlagBinary)
-        produced.reset(text::hexDumpText(bytes, &length, 0));
+        produced.reset(text_helpers::hexDumpText(bytes, &length, 0));
     else
         return SM_STATUS_BAD_ARGUMENT;
     if (produced == nullptr)

@@ -1,5 +1,7 @@
 // Binary values as text: byte lists ("0x01,0xFF") and hex strings ("01FF"),
 // and their parsers.
+#include "text_helpers/byte_text.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
@@ -7,10 +9,9 @@
 
 #include "frame/memory.h"
 #include "frame/owned.h"
-#include "text_helpers/helpers.h"
 #include "text_helpers/hex_digits.h"
 
-namespace zksupt::text {
+namespace zksupt::text_helpers {
 namespace {
 
 constexpr uint32_t kByteListWidth = 5;  // "0x" two digits ','
@@ -152,4 +153,4 @@ uint8_t *hexStringParse(const char *text, uint32_t *len) noexcept
     return bytes.release();
 }
 
-}  // namespace zksupt::text
+}  // namespace zksupt::text_helpers

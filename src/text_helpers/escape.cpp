@@ -5,7 +5,7 @@
 #include "frame/size_out.h"
 #include "text_helpers/sized_string.h"
 
-namespace zksupt::text {
+namespace zksupt::text_helpers {
 namespace {
 
 // The work string starts with room for 1,024 units of the longest escape.
@@ -54,4 +54,4 @@ int32_t escapeUcs2(char *dst, uint32_t *size, const ucs2 *src) noexcept
                               {static_cast<const char *>(text->buf), text->length}, frame::NullBuffer::capacityOnly);
 }
 
-}  // namespace zksupt::text
+}  // namespace zksupt::text_helpers

@@ -1,16 +1,17 @@
 // Hex dumps of binary data, one 81-character line per 16 bytes.
+#include "text_helpers/hex_dump.h"
+
 #include <algorithm>
 #include <array>
 #include <cstring>
 
 #include <zksupt/status.h>
 
-#include "text_helpers/helpers.h"
 #include "text_helpers/hex_digits.h"
 #include "text_helpers/sized_string.h"
 #include "text/utf8_string.h"
 
-namespace zksupt::text {
+namespace zksupt::text_helpers {
 namespace {
 
 constexpr std::size_t kLineBytes = 16;
@@ -70,7 +71,7 @@ char *hexDumpText(const uint8_t *data, uint32_t *len, uint32_t base) noexcept
     if (sizedAllocUtf8(work.get(), kWorkCapacity) == nullptr ||
         hexDumpAppend(work.get(), data, *len, base) != SM_STATUS_SUCCESS)
         return nullptr;
-    return utf8Duplicate(static_cast<const char *>(work->buf), len);
+    return text::utf8Duplicate(static_cast<const char *>(work->buf), len);
 }
 
-}  // namespace zksupt::text
+}  // namespace zksupt::text_helpers

@@ -1,4 +1,6 @@
 // Numbers, times and booleans as text and back.
+#include "text_helpers/number_text.h"
+
 #include <algorithm>
 #include <cctype>
 #include <charconv>
@@ -9,12 +11,10 @@
 #include <zksupt/status.h>
 
 #include "format/engine.h"
-#include "text/convert.h"
-#include "text_helpers/helpers.h"
 #include "text_helpers/hex_digits.h"
 #include "text/utf8_string.h"
 
-namespace zksupt::text {
+namespace zksupt::text_helpers {
 namespace {
 
 void setStatus(uint32_t *status, uint32_t value) noexcept
@@ -110,7 +110,7 @@ void uint64ToDecimal(char *dst, uint64_t value) noexcept
         value /= 10;
     } while (value != 0);
     *p = '\0';
-    utf8Reverse(dst);
+    text::utf8Reverse(dst);
 }
 
 void int64ToDecimal(char *dst, int64_t value) noexcept
@@ -287,4 +287,4 @@ double textToDoubleByFormat(const char *text, uint32_t format, uint32_t *status)
     return static_cast<double>(whole);
 }
 
-}  // namespace zksupt::text
+}  // namespace zksupt::text_helpers

@@ -10,7 +10,7 @@
 #include "text/growth.h"
 #include "text/units.h"
 
-namespace zksupt::text {
+namespace zksupt::text_helpers {
 namespace {
 
 template <class Unit> void *allocateEmpty(SMSizedString *rec, uint32_t bytes) noexcept
@@ -36,12 +36,12 @@ template <class Unit> bool append(SMSizedString *rec, const Unit *src, uint32_t 
     if (rec == nullptr || rec->buf == nullptr || src == nullptr)
         return false;
     if (n == 0)
-        n = static_cast<uint32_t>(length(src));
+        n = static_cast<uint32_t>(text::length(src));
     const uint64_t needed = (uint64_t{rec->length} + 1 + n) * sizeof(Unit);
     if (needed > UINT32_MAX)
         return false;
     if (needed > rec->capacity) {
-        const uint32_t capacity = grownCapacity(rec->capacity, static_cast<uint32_t>(needed));
+        const uint32_t capacity = text::grownCapacity(rec->capacity, static_cast<uint32_t>(needed));
         void *grown = frame::reallocate(rec->buf, capacity);
         if (grown == nullptr)
             return false;
@@ -99,10 +99,10 @@ bool appendUcs2AsUtf8(SMSizedString *rec, const ucs2 *src, uint32_t n) noexcept
     if (rec == nullptr || rec->buf == nullptr || src == nullptr)
         return false;
     if (n == 0)
-        n = static_cast<uint32_t>(length(src));
+        n = static_cast<uint32_t>(text::length(src));
     auto bytes = zeroedBlock<char>(uint64_t{n} + 1);
     uint32_t size = n + 1;
-    if (bytes == nullptr || ucs2ToUtf8(bytes.get(), &size, src) != SM_STATUS_SUCCESS)
+    if (bytes == nullptr || text::ucs2ToUtf8(bytes.get(), &size, src) != SM_STATUS_SUCCESS)
         return false;
     return append(rec, bytes.get(), n);
 }
@@ -112,12 +112,12 @@ bool appendUtf8AsUcs2(SMSizedString *rec, const char *src, uint32_t n) noexcept
     if (rec == nullptr || rec->buf == nullptr || src == nullptr)
         return false;
     if (n == 0)
-        n = static_cast<uint32_t>(length(src));
+        n = static_cast<uint32_t>(text::length(src));
     auto units = zeroedBlock<ucs2>(uint64_t{n} + 1);
     uint32_t size = (n + 1) * 2;
-    if (units == nullptr || utf8ToUcs2(units.get(), &size, src) != SM_STATUS_SUCCESS)
+    if (units == nullptr || text::utf8ToUcs2(units.get(), &size, src) != SM_STATUS_SUCCESS)
         return false;
     return append(rec, units.get(), n);
 }
 
-}  // namespace zksupt::text
+}  // namespace zksupt::text_helpers

@@ -1,13 +1,14 @@
-// Sized strings: the caller's record {buf, capacity, length} and the one
-// append rule both encodings share. The writers of text (XML writer, event
-// logs, hex dumps) build their output here.
+// Sized strings (sized_string.cpp): the caller's record {buf, capacity,
+// length} and the one append rule both encodings share, and the owner of a
+// sized string of the library's own work. The writers of text (XML writer,
+// event logs, hex dumps, escaping) build their output here.
 #pragma once
 
 #include <cstdint>
 
 #include <zksupt/text.h>
 
-namespace zksupt::text {
+namespace zksupt::text_helpers {
 
 // Sets rec->buf to null, then for bytes > 0 allocates them (UCS-2: at least
 // 2, so that the terminator fits) with an empty text. Returns the buffer, or
@@ -70,4 +71,4 @@ class OwnedSizedString {
     SMSizedString record_{nullptr, 0, 0};
 };
 
-}  // namespace zksupt::text
+}  // namespace zksupt::text_helpers

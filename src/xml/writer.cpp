@@ -33,7 +33,7 @@ using Text = frame::Owned<char>;
 void append(SMXGBuf *buffer, std::string_view s) noexcept
 {
     if (!s.empty())
-        text::appendUtf8(buffer, s.data(), static_cast<uint32_t>(s.size()));
+        text_helpers::appendUtf8(buffer, s.data(), static_cast<uint32_t>(s.size()));
 }
 
 // The first text buffer for a translated type; 0 lets the translation report
@@ -77,8 +77,8 @@ int64_t firstTextSize(uint32_t type, const void *value, uint32_t size) noexcept
 // One escaping pass over length bytes: runs without specials are appended whole.
 Text escapeOnce(const char *s, uint32_t length, uint32_t capacity, uint32_t *produced) noexcept
 {
-    text::OwnedSizedString out;
-    if (text::sizedAllocUtf8(out.get(), std::max<uint32_t>(capacity, 1)) == nullptr)
+    text_helpers::OwnedSizedString out;
+    if (text_helpers::sizedAllocUtf8(out.get(), std::max<uint32_t>(capacity, 1)) == nullptr)
         return nullptr;
     const char *run = s;
     const char *const end = s + length;
@@ -104,12 +104,12 @@ Text escapeOnce(const char *s, uint32_t length, uint32_t capacity, uint32_t *pro
         default:
             continue;
         }
-        ok = (p == run || text::appendUtf8(out.get(), run, static_cast<uint32_t>(p - run))) &&
-             text::appendUtf8(out.get(), entity.data(), static_cast<uint32_t>(entity.size()));
+        ok = (p == run || text_helpers::appendUtf8(out.get(), run, static_cast<uint32_t>(p - run))) &&
+             text_helpers::appendUtf8(out.get(), entity.data(), static_cast<uint32_t>(entity.size()));
         run = p + 1;
     }
     if (ok && run < end)
-        ok = text::appendUtf8(out.get(), run, static_cast<uint32_t>(end - run));
+        ok = text_helpers::appendUtf8(out.get(), run, static_cast<uint32_t>(end - run));
     if (!ok)
         return nullptr;
     *produced = out->length;
@@ -207,8 +207,8 @@ char *reallocContent(SMXGBuf *buffer, uint32_t capacity, int32_t declaration) no
 {
     if (buffer == nullptr)
         return nullptr;
-    text::sizedFree(buffer);
-    if (text::sizedAllocUtf8(buffer, capacity) == nullptr)
+    text_helpers::sizedFree(buffer);
+    if (text_helpers::sizedAllocUtf8(buffer, capacity) == nullptr)
         return nullptr;
     if (declaration == 1)
         append(buffer, kDeclaration);
@@ -218,7 +218,7 @@ char *reallocContent(SMXGBuf *buffer, uint32_t capacity, int32_t declaration) no
 SMXGBuf *freeBuffer(SMXGBuf *buffer) noexcept
 {
     if (buffer != nullptr) {
-        text::sizedFree(buffer);
+        text_helpers::sizedFree(buffer);
         frame::release(buffer);
     }
     return nullptr;

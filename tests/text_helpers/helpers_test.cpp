@@ -11,12 +11,14 @@
 
 #include <zksupt/status.h>
 
-#include "text_helpers/helpers.h"
+#include "text_helpers/byte_text.h"
+#include "text_helpers/hex_dump.h"
+#include "text_helpers/number_text.h"
 #include "text_helpers/sized_string.h"
 
 namespace {
 
-namespace tx = zksupt::text;
+namespace tx = zksupt::text_helpers;
 using Bytes = std::vector<uint8_t>;
 
 std::string dumpOf(const Bytes &data, uint32_t base)
