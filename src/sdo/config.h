@@ -50,7 +50,7 @@ constexpr bool validId(uint16_t id) noexcept
     return id != 0 && id < 0xFFFE;
 }
 
-// The handles a value of base type 13 holds: one, or dataSize / kHandleSize
+// size.cpp. The handles a value of base type 13 holds: one, or dataSize / kHandleSize
 // for an array. Reads and writes go through frame::loadAs/storeAs: the bytes
 // are a value, at any alignment.
 uint32_t handleCount(uint8_t type, uint32_t dataSize) noexcept;
@@ -66,7 +66,7 @@ inline uint64_t costOf(const Entry &entry) noexcept
 }
 uint32_t recalcBinarySize(SDOConfig *config) noexcept;
 
-// Frees an entry's nested objects, except those the keep value also holds
+// size.cpp. Frees an entry's nested objects, except those the keep value also holds
 // (a replacement that carries the same handles over).
 void releaseChildren(Entry &entry, const Entry *keep = nullptr) noexcept;
 
