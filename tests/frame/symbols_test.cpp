@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <regex>
 #include <set>
 #include <sstream>
@@ -17,21 +16,13 @@
 
 namespace {
 
-std::string readFile(const std::filesystem::path &path)
-{
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
 // Names of the functions declared in the public headers.
 std::set<std::string> declaredFunctions()
 {
     static const std::regex declaration(R"(ZKSUPT_API[^;(]*?\b((?:SM|SUPT)\w+)\s*\()");
     std::set<std::string> names;
     for (const auto &entry : std::filesystem::directory_iterator(ZKSUPT_INCLUDE_DIR "/zksupt")) {
-        const std::string text = readFile(entry.path());
+        const std::string text = zksupt::test::readFile(entry.path());
         for (std::sregex_iterator it(text.begin(), text.end(), declaration), end; it != end; ++it)
             names.insert((*it)[1].str());
     }
@@ -41,7 +32,7 @@ std::set<std::string> declaredFunctions()
 std::set<std::string> interfaceNames()
 {
     std::set<std::string> names;
-    std::istringstream lines(readFile(ZKSUPT_ABI_LIST));
+    std::istringstream lines(zksupt::test::readFile(ZKSUPT_ABI_LIST));
     for (std::string line; std::getline(lines, line);)
         if (!line.empty())
             names.insert(line);

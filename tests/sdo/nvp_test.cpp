@@ -65,7 +65,7 @@ TEST(Nvp, ParsesTheValueOfAParameter)
 {
     Params p({"port=8080", "mask=0xff", "bad=12x"});
     const std::tuple<const char *, int32_t, uint32_t, int32_t, uint32_t, Bytes> cases[] = {
-        {"PORT", 1, 6, 0, 2, of<uint16_t>(8080)},
+        {"PORT", 1, 6, 0, 2, bytesOf<uint16_t>(8080)},
         {"mask", 0, 0x405, 0, 1, {0xFF}},
         {"bad", 0, 3, 0x10F, 4, {}},
         {"PORT", 0, 6, 0x100, 8, {}},

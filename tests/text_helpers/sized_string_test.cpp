@@ -8,7 +8,7 @@
 
 #include <zksupt/text.h>
 
-#include "text/text_test_util.h"
+#include "support/values.h"
 
 namespace {
 
