@@ -1,5 +1,6 @@
 // The shared library as a caller loads it: every function the public headers
-// declare resolves with dlsym, and each of them is a name of the interface.
+// declare resolves with dlsym (the exported_symbols check holds what is
+// exported against the interface's names), and internals stay hidden.
 #include <gtest/gtest.h>
 
 #include <dlfcn.h>
@@ -8,7 +9,6 @@
 #include <filesystem>
 #include <regex>
 #include <set>
-#include <sstream>
 #include <string>
 
 #include "support/child.h"
@@ -29,29 +29,10 @@ std::set<std::string> declaredFunctions()
     return names;
 }
 
-std::set<std::string> interfaceNames()
-{
-    std::set<std::string> names;
-    std::istringstream lines(zksupt::test::readFile(ZKSUPT_ABI_LIST));
-    for (std::string line; std::getline(lines, line);)
-        if (!line.empty())
-            names.insert(line);
-    return names;
-}
-
-TEST(Symbols, HeadersDeclareOnlyNamesOfTheInterface)
-{
-    const auto declared = declaredFunctions();
-    const auto known = interfaceNames();
-    EXPECT_EQ(known.size(), 271u);
-    EXPECT_GE(declared.size(), 11u);
-    for (const auto &name : declared)
-        EXPECT_TRUE(known.count(name)) << name << " is declared but is not a name of the interface";
-}
-
 TEST(Symbols, LoadedLibraryResolvesEveryDeclaredFunction)
 {
     const auto declared = declaredFunctions();
+    ASSERT_GE(declared.size(), 11u) << "the headers were not read";
     const int result = zksupt::test::runInChild([&declared] {
         void *library = dlopen(ZKSUPT_SHARED_LIBRARY, RTLD_NOW | RTLD_LOCAL);
         if (library == nullptr)
