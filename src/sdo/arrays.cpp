@@ -50,11 +50,9 @@ int32_t arrayAddData(void *array, uint32_t *capacity, const void *binary, uint32
 {
     if (array == nullptr || capacity == nullptr || binary == nullptr)
         return SM_STATUS_INVALID_PARAMETER;
-    if (*capacity < 2 * kHeaderSize)
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    const Block block = openBlock(array, *capacity);
-    if (block.kind != Kind::array)
-        return SM_STATUS_INVALID_PARAMETER;
+    Block block;
+    if (const int32_t status = openForUpdate(array, *capacity, Kind::array, block); status != SM_STATUS_SUCCESS)
+        return status;
     const uint32_t end = elementOffset(block, block.count);
     if (end == 0)
         return SM_STATUS_INVALID_PARAMETER;

@@ -10,6 +10,8 @@
 #include <cstring>
 #include <optional>
 
+#include <zksupt/status.h>
+
 #include "frame/unaligned.h"
 
 namespace zksupt::sdo {
@@ -69,6 +71,17 @@ inline Block openBlock(const void *bytes, uint32_t limit) noexcept
     if (kind == Kind::invalid || size < kHeaderSize)
         return {};
     return {at, size, frame::loadAs<uint16_t>(at + 4), kind};
+}
+
+// A block the caller hands over to be changed in place, in capacity bytes:
+// BUFFER_TOO_SMALL when they cannot hold a header and one more,
+// INVALID_PARAMETER when the block is not of the kind, else SUCCESS.
+inline int32_t openForUpdate(const void *bytes, uint32_t capacity, Kind kind, Block &block) noexcept
+{
+    if (capacity < 2 * kHeaderSize)
+        return SM_STATUS_BUFFER_TOO_SMALL;
+    block = openBlock(bytes, capacity);
+    return block.kind == kind ? SM_STATUS_SUCCESS : SM_STATUS_INVALID_PARAMETER;
 }
 
 // One index slot of an object and where its value lies within the block.

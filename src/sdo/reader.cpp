@@ -103,11 +103,9 @@ int32_t binarySetData(void *binary, uint32_t *size, uint16_t id, uint8_t type, c
 {
     if (binary == nullptr || size == nullptr || !validId(id) || type == 0 || value == nullptr || valueSize == 0)
         return SM_STATUS_INVALID_PARAMETER;
-    if (*size < 2 * kHeaderSize)
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    const Block block = openBlock(binary, *size);
-    if (block.kind != Kind::object)
-        return SM_STATUS_INVALID_PARAMETER;
+    Block block;
+    if (const int32_t status = openForUpdate(binary, *size, Kind::object, block); status != SM_STATUS_SUCCESS)
+        return status;
     const std::optional<Slot> found = findSlot(block, id);
     if (!found || found->type != type)
         return SM_STATUS_NOT_FOUND;

@@ -64,6 +64,24 @@ template <class Unit> frame::Owned<Unit[]> zeroedBlock(uint64_t count) noexcept
     return frame::allocateZeroed<Unit[]>(count);
 }
 
+// The converting appenders' one rule: all of src (n = 0: its length) is
+// converted into n + 1 units of the record's encoding or nothing is
+// appended; then n units of the result are appended.
+template <class To, class From>
+bool appendConverted(SMSizedString *rec, const From *src, uint32_t n,
+                     int32_t (*convert)(To *, uint32_t *, const From *) noexcept) noexcept
+{
+    if (rec == nullptr || rec->buf == nullptr || src == nullptr)
+        return false;
+    if (n == 0)
+        n = static_cast<uint32_t>(text::length(src));
+    auto block = zeroedBlock<To>(uint64_t{n} + 1);
+    uint32_t size = (n + 1) * static_cast<uint32_t>(sizeof(To));
+    if (block == nullptr || convert(block.get(), &size, src) != SM_STATUS_SUCCESS)
+        return false;
+    return append(rec, block.get(), n);
+}
+
 }  // namespace
 
 void *sizedAllocUtf8(SMSizedString *rec, uint32_t bytes) noexcept
@@ -96,28 +114,12 @@ bool appendUcs2(SMSizedString *rec, const ucs2 *src, uint32_t n) noexcept
 
 bool appendUcs2AsUtf8(SMSizedString *rec, const ucs2 *src, uint32_t n) noexcept
 {
-    if (rec == nullptr || rec->buf == nullptr || src == nullptr)
-        return false;
-    if (n == 0)
-        n = static_cast<uint32_t>(text::length(src));
-    auto bytes = zeroedBlock<char>(uint64_t{n} + 1);
-    uint32_t size = n + 1;
-    if (bytes == nullptr || text::ucs2ToUtf8(bytes.get(), &size, src) != SM_STATUS_SUCCESS)
-        return false;
-    return append(rec, bytes.get(), n);
+    return appendConverted<char>(rec, src, n, text::ucs2ToUtf8);
 }
 
 bool appendUtf8AsUcs2(SMSizedString *rec, const char *src, uint32_t n) noexcept
 {
-    if (rec == nullptr || rec->buf == nullptr || src == nullptr)
-        return false;
-    if (n == 0)
-        n = static_cast<uint32_t>(text::length(src));
-    auto units = zeroedBlock<ucs2>(uint64_t{n} + 1);
-    uint32_t size = (n + 1) * 2;
-    if (units == nullptr || text::utf8ToUcs2(units.get(), &size, src) != SM_STATUS_SUCCESS)
-        return false;
-    return append(rec, units.get(), n);
+    return appendConverted<ucs2>(rec, src, n, text::utf8ToUcs2);
 }
 
 }  // namespace zksupt::text_helpers

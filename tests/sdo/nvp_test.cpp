@@ -69,8 +69,10 @@ TEST(Nvp, ParsesTheValueOfAParameter)
     // {name, fold case, type, the value's bytes or the status, *size}
     const std::tuple<const char *, int32_t, uint32_t, std::string, uint32_t> cases[] = {
         {"PORT", 1, 6, std::string(port.begin(), port.end()), 2},
-        {"mask", 0, 0x405, "\xFF", 1},  {"bad", 0, 3, "INVALID_PARAMETER", 4},
-        {"PORT", 0, 6, "NOT_FOUND", 8}, {"port", 0, 5, "VALUE_TOO_LARGE", 1},
+        {"mask", 0, 0x405, "\xFF", 1},
+        {"bad", 0, 3, "INVALID_PARAMETER", 4},
+        {"PORT", 0, 6, "NOT_FOUND", 8},
+        {"port", 0, 5, "VALUE_TOO_LARGE", 1},
     };
     for (const auto &[name, fold, type, expected, size] : cases) {
         uint8_t buffer[8] = {};
