@@ -218,8 +218,8 @@ TEST_F(Ini, EveryTypeWrittenAndReadBack)
         if (type != 2 || std::endian::native == std::endian::little) {
             EXPECT_EQ(readFile(at("t.ini")), "[s]\nk=" + text + "\n");
         }
-        if (type == 4 && bytes[0] == 2)
-            continue;  // FALSE reads back as 0
+        if (text == "FALSE")
+            continue;  // reads back as 0
         EXPECT_EQ(readTyped("s", "k", type, 16), std::tuple("SUCCESS size " + std::to_string(bytes.size()), bytes))
             << text;
     }
