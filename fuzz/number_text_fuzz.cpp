@@ -7,11 +7,13 @@
 #include <memory>
 #include <string>
 
-#include "text/helpers.h"
+#include "text_helpers/byte_text.h"
+#include "text_helpers/hex_dump.h"
+#include "text_helpers/number_text.h"
 
 namespace {
 
-namespace tx = zksupt::text;
+namespace tx = zksupt::text_helpers;
 
 struct Free {
     void operator()(void *p) const noexcept { std::free(p); }

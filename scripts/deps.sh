@@ -10,6 +10,8 @@ case "${1:-test}" in
   test) packages+=(libgtest-dev googletest libbenchmark-dev zlib1g-dev libssl-dev g++-powerpc-linux-gnu qemu-user util-linux clang libclang-rt-14-dev) ;;
   *) echo "usage: $0 example|test" >&2; exit 2 ;;
 esac
+# The test script checks the sources' format first.
+[ "${1:-test}" = test ] && packages+=(clang-format)
 
 missing=()
 for package in "${packages[@]}"; do

@@ -5,10 +5,15 @@
 #   tsan      ThreadSanitizer
 #   ppc       32-bit big-endian PowerPC, tests run under qemu-ppc
 #   fuzz      libFuzzer targets (clang), each run for ZKSUPT_FUZZ_SECONDS (default 20)
-# With no arguments all of them run; name builds to run only those.
+# With no arguments all of them run; name builds to run only those. Every run
+# first checks that the sources follow .clang-format, and every build treats
+# warnings as errors.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 scripts/deps.sh test
+
+echo "=== format check"
+git ls-files -z '*.c' '*.cpp' '*.h' | xargs -0 clang-format --dry-run --Werror
 
 builds=("$@")
 [ ${#builds[@]} -gt 0 ] || builds=(native sanitize tsan ppc fuzz)
@@ -32,7 +37,7 @@ run() {
   local name=$1; shift
   local start=$SECONDS
   echo "=== $name build"
-  cmake -S . -B "build/$name" -G Ninja "$@" >/dev/null
+  cmake -S . -B "build/$name" -G Ninja -DZKSUPT_WERROR=ON "$@" >/dev/null
   cmake --build "build/$name" -j "$jobs"
   echo "=== $name tests"
   (cd "build/$name" && "${isolate[@]}" ctest --output-on-failure -j "$jobs")
@@ -45,7 +50,7 @@ fuzz() {
   local start=$SECONDS
   echo "=== fuzz build"
   CC=clang CXX=clang++ cmake -S . -B build/fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-    -DZKSUPT_BUILD_FUZZ=ON -DZKSUPT_BUILD_TESTS=OFF -DZKSUPT_BUILD_EXAMPLES=OFF >/dev/null
+    -DZKSUPT_WERROR=ON -DZKSUPT_BUILD_FUZZ=ON -DZKSUPT_BUILD_TESTS=OFF -DZKSUPT_BUILD_EXAMPLES=OFF >/dev/null
   cmake --build build/fuzz -j "$jobs"
   for target in build/fuzz/fuzz/*_fuzz; do
     local name corpus

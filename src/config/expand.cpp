@@ -6,6 +6,7 @@
 #include <zksupt/status.h>
 
 #include "config/path_table.h"
+#include "frame/size_out.h"
 
 namespace zksupt::config {
 namespace {
@@ -45,16 +46,8 @@ int32_t expandInstallPath(const char *input, char *buffer, uint32_t *size) noexc
         return refusal;
     }
     const char *token = findToken(input);
-    if (token == nullptr) {
-        const auto needed = static_cast<uint32_t>(length + 1);
-        if (needed > *size) {
-            *size = needed;
-            return SM_STATUS_BUFFER_TOO_SMALL;
-        }
-        std::memcpy(buffer, input, needed);
-        *size = needed;
-        return SM_STATUS_SUCCESS;
-    }
+    if (token == nullptr)
+        return frame::copyOutText(buffer, size, {input, length});
     char path[kPathCapacity];
     uint32_t pathSize = sizeof path;
     const int32_t status = pathByProductAndType(kSuiteProduct, kInstallKind, path, &pathSize);
@@ -64,15 +57,12 @@ int32_t expandInstallPath(const char *input, char *buffer, uint32_t *size) noexc
     }
     const std::size_t pathLength = pathSize - 1;
     const auto needed = static_cast<uint32_t>(length - kTokenLength + pathLength + 1);
-    if (needed > *size) {
-        *size = needed;
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    }
+    if (const int32_t fits = frame::reserveOut(buffer, size, needed); fits != SM_STATUS_SUCCESS)
+        return fits;
     const std::size_t before = static_cast<std::size_t>(token - input);
     std::memcpy(buffer, input, before);
     std::memcpy(buffer + before, path, pathLength);
     std::strcpy(buffer + before + pathLength, token + kTokenLength);
-    *size = needed;
     return SM_STATUS_SUCCESS;
 }
 

@@ -15,8 +15,9 @@
 #include "config/ini_reader.h"
 #include "config/ini_values.h"
 #include "config/replace_file.h"
-#include "config/stdio_file.h"
-#include "frame/memory.h"
+#include "file/stream.h"
+#include "frame/owned.h"
+#include "frame/size_out.h"
 
 namespace zksupt::config {
 namespace {
@@ -37,10 +38,10 @@ int32_t scanLocked(const char *path, const char *section, const char *key, char 
     if (guard.status() != SM_STATUS_SUCCESS)
         return guard.status();
     recoverBackup(path);
-    const File file{std::fopen(path, "r")};
-    if (!file)
+    const file::Stream stream{std::fopen(path, "r")};
+    if (!stream)
         return SM_STATUS_FILE_OPEN_FAILED;
-    return scanIni(file.get(), section, key, buffer, size);
+    return scanIni(stream.get(), section, key, buffer, size);
 }
 
 int32_t readString(const char *section, const char *key, char *value, uint32_t *size, const char *defaultValue,
@@ -73,10 +74,8 @@ int32_t readTyped(const char *section, const char *key, uint32_t type, void *val
         return SM_STATUS_BAD_ARGUMENT;
     const uint32_t width = iniTypeWidth(type);
     const bool byteList = width == 0;
-    if (*size < width) {
-        *size = width;
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    }
+    if (const int32_t status = frame::requireCapacity(size, width); status != SM_STATUS_SUCCESS)
+        return status;
     if (type == kIniUcs2 && defaultValue != nullptr && defaultSize != 0 &&
         defaultSize != ucs2Size(defaultValue, defaultSize))
         return SM_STATUS_BAD_ARGUMENT;
@@ -116,28 +115,23 @@ char *readText(const char *section, const char *key, const char *defaultValue, u
                int16_t lockWait) noexcept
 {
     uint32_t capacity = kNumberText;
-    char *text = static_cast<char *>(frame::allocate(capacity));
+    frame::Owned<char> text = frame::allocateOwned<char>(capacity);
     const uint32_t defaultSize = defaultValue != nullptr ? static_cast<uint32_t>(std::strlen(defaultValue) + 1) : 0;
-    int32_t status = text != nullptr
-                         ? readValue(section, key, kIniText, text, &capacity, defaultValue, defaultSize, path, lockWait)
-                         : SM_STATUS_NO_MEMORY;
-    if (status == SM_STATUS_BUFFER_TOO_SMALL && capacity <= kTextGrowthLimit) {
-        char *larger = static_cast<char *>(frame::reallocate(text, capacity));
-        if (larger != nullptr) {
-            text = larger;
-            status = readValue(section, key, kIniText, text, &capacity, defaultValue, defaultSize, path, lockWait);
-        }
-    }
+    const auto read = [&] {
+        return readValue(section, key, kIniText, text.get(), &capacity, defaultValue, defaultSize, path, lockWait);
+    };
+    int32_t status = text != nullptr ? read() : SM_STATUS_NO_MEMORY;
+    if (status == SM_STATUS_BUFFER_TOO_SMALL && capacity <= kTextGrowthLimit && frame::reallocateOwned(text, capacity))
+        status = read();
     const bool defaulted = defaultSize != 0 && status != SM_STATUS_BUFFER_TOO_SMALL && status != SM_STATUS_NO_MEMORY &&
                            status != SM_STATUS_BAD_ARGUMENT;
     if (status != SM_STATUS_SUCCESS && !defaulted) {
-        frame::release(text);
-        text = nullptr;
+        text.reset();
         capacity = 0;
     }
     if (size != nullptr)
         *size = capacity;
-    return text;
+    return text.release();
 }
 
 uint32_t readEnum(const char *section, const char *key, const SMEnumRow *rows, uint32_t count, int32_t multi,
@@ -145,8 +139,7 @@ uint32_t readEnum(const char *section, const char *key, const SMEnumRow *rows, u
 {
     if (section == nullptr || key == nullptr || rows == nullptr || path == nullptr || count < 2)
         return kEnumFailure;
-    const std::unique_ptr<char, void (*)(void *) noexcept> text{
-        readText(section, key, nullptr, nullptr, path, lockWait), frame::release};
+    const frame::Owned<char> text{readText(section, key, nullptr, nullptr, path, lockWait)};
     // A value that cannot be read means row 1, a value no row names row 0:
     // callers have long relied on the difference.
     if (!text)

@@ -6,6 +6,7 @@
 #include <zksupt/status.h>
 
 #include "config/line_reader.h"
+#include "frame/size_out.h"
 
 namespace zksupt::config {
 namespace {
@@ -129,17 +130,8 @@ int32_t scanIni(std::FILE *file, const char *section, const char *key, char *buf
         while (nextKeyLine(lines, line, equals, status)) {
             if (line.substr(0, equals) != key)
                 continue;
-            std::string_view value = line.substr(equals + 1);
-            value = value.substr(0, value.find('\n'));
-            const auto needed = static_cast<uint32_t>(value.size() + 1);
-            if (needed > *size) {
-                *size = needed;
-                return SM_STATUS_BUFFER_TOO_SMALL;
-            }
-            std::memcpy(buffer, value.data(), value.size());
-            buffer[value.size()] = '\0';
-            *size = needed;
-            return SM_STATUS_SUCCESS;
+            const std::string_view value = line.substr(equals + 1);
+            return frame::copyOutText(buffer, size, value.substr(0, value.find('\n')));
         }
     }
     *size = 0;

@@ -9,18 +9,16 @@
 
 #include "config/ini.h"
 #include "format/engine.h"
-#include "frame/memory.h"
+#include "frame/owned.h"
+#include "frame/size_out.h"
 #include "frame/unaligned.h"
-#include "text/helpers.h"
+#include "text_helpers/byte_text.h"
+#include "text_helpers/number_text.h"
 
 namespace zksupt::config {
 namespace {
 
 constexpr uint32_t kByteListLimit = 2048;
-
-struct Release {
-    void operator()(void *p) const noexcept { frame::release(p); }
-};
 
 // Large enough for "%.8f" of any double.
 template <class... Values> std::string formatted(const char *format, Values... values)
@@ -30,9 +28,10 @@ template <class... Values> std::string formatted(const char *format, Values... v
     return text;
 }
 
+// A number stored into the caller's value, *size the bytes stored.
 template <class T> void store(void *value, uint32_t *size, T v) noexcept
 {
-    std::memcpy(value, &v, sizeof v);
+    frame::storeAs(value, v);
     *size = sizeof v;
 }
 
@@ -63,9 +62,7 @@ uint32_t ucs2Size(const void *units, uint32_t limit) noexcept
 {
     const auto *bytes = static_cast<const uint8_t *>(units);
     for (uint32_t at = 0; at + 1 < limit; at += 2) {
-        ucs2 unit;
-        std::memcpy(&unit, bytes + at, sizeof unit);
-        if (unit == 0)
+        if (frame::loadAs<ucs2>(bytes + at) == 0)
             return at + 2;
     }
     return 0;
@@ -98,9 +95,9 @@ int32_t encodeIniValue(uint32_t type, const void *value, uint32_t size, std::str
         if (type == kIniUcs2 && size != ucs2Size(value, size))
             return SM_STATUS_BAD_LENGTH;
         uint32_t length = size;
-        const std::unique_ptr<char, Release> list{text::byteListText(static_cast<const uint8_t *>(value), &length)};
+        const frame::Owned<char> list{text_helpers::byteListText(static_cast<const uint8_t *>(value), &length)};
         if (!list)
-            throw std::bad_alloc();
+            return SM_STATUS_NO_MEMORY;
         text = list.get();
         return SM_STATUS_SUCCESS;
     }
@@ -120,11 +117,11 @@ int32_t encodeIniValue(uint32_t type, const void *value, uint32_t size, std::str
         text = formatted("%ld", frame::loadAs<int32_t>(value));
         break;
     case kIniUint64:
-        text::uint64ToDecimal(digits, frame::loadAs<uint64_t>(value));
+        text_helpers::uint64ToDecimal(digits, frame::loadAs<uint64_t>(value));
         text = digits;
         break;
     case kIniInt64:
-        text::int64ToDecimal(digits, frame::loadAs<int64_t>(value));
+        text_helpers::int64ToDecimal(digits, frame::loadAs<int64_t>(value));
         text = digits;
         break;
     default:
@@ -140,26 +137,28 @@ int32_t decodeIniValue(uint32_t type, char *text, uint32_t length, void *value, 
         switch (type) {
         case kIniBoolean: {
             uint32_t status = 0;
-            const uint32_t truth = text::textToBoolean(firstWord(text).c_str(), &status);
-            if (status != 0)
+            const uint32_t truth = text_helpers::textToBoolean(firstWord(text).c_str(), &status);
+            if (status != SM_STATUS_SUCCESS)
                 return SM_STATUS_BAD_LENGTH;
             store(value, size, static_cast<uint16_t>(truth));
             return SM_STATUS_SUCCESS;
         }
         case kIniUint32:
-            store(value, size, text::textToUint32(numberPrefix(text).c_str(), text::kNumberDecimal, nullptr));
+            store(value, size,
+                  text_helpers::textToUint32(numberPrefix(text).c_str(), text_helpers::kNumberDecimal, nullptr));
             return SM_STATUS_SUCCESS;
         case kIniInt32:
-            store(value, size, text::textToInt32(numberPrefix(text).c_str(), text::kNumberDecimal, nullptr));
+            store(value, size,
+                  text_helpers::textToInt32(numberPrefix(text).c_str(), text_helpers::kNumberDecimal, nullptr));
             return SM_STATUS_SUCCESS;
         case kIniUint64:
-            store(value, size, text::decimalToUint64(text));
+            store(value, size, text_helpers::decimalToUint64(text));
             return SM_STATUS_SUCCESS;
         case kIniInt64:
-            store(value, size, text::decimalToInt64(text));
+            store(value, size, text_helpers::decimalToInt64(text));
             return SM_STATUS_SUCCESS;
         case kIniDouble:
-            store(value, size, text::textToDouble(text));
+            store(value, size, text_helpers::textToDouble(text));
             return SM_STATUS_SUCCESS;
         default:
             break;
@@ -168,18 +167,12 @@ int32_t decodeIniValue(uint32_t type, char *text, uint32_t length, void *value, 
         return SM_STATUS_NO_MEMORY;
     }
     uint32_t count = length + 1;
-    const std::unique_ptr<uint8_t, Release> bytes{text::byteListParse(text, &count)};
+    const frame::Owned<uint8_t> bytes{text_helpers::byteListParse(text, &count)};
     if (!bytes)
         return SM_STATUS_FAILURE;
     if (count == 0)
         return SM_STATUS_BAD_LENGTH;
-    if (count > *size) {
-        *size = count;
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    }
-    std::memcpy(value, bytes.get(), count);
-    *size = count;
-    return SM_STATUS_SUCCESS;
+    return frame::copyOutBytes(value, size, bytes.get(), count);
 }
 
 }  // namespace zksupt::config

@@ -11,7 +11,9 @@ namespace zksupt::config {
 uint32_t iniTypeWidth(uint32_t type) noexcept;
 
 // The text that value (size bytes, of the given type 2 to 9) is written as:
-// 0, or 0x108 when the size does not fit the type.
+// SUCCESS, BAD_LENGTH when the size does not fit the type, NO_MEMORY when the
+// byte list cannot be made. Growing the text itself may throw bad_alloc,
+// which the write entry point answers with NO_MEMORY.
 int32_t encodeIniValue(uint32_t type, const void *value, uint32_t size, std::string &text);
 
 // The size of the UCS-2 string at units, terminator included, when it ends

@@ -13,7 +13,8 @@
 #include <zksupt/status.h>
 
 #include "config/registry_file.h"
-#include "config/table_lock.h"
+#include "frame/size_out.h"
+#include "sync/mutex.h"
 
 namespace zksupt::config {
 namespace {
@@ -24,9 +25,11 @@ struct PathEntry {
 };
 using PathTable = std::array<PathEntry, kProducts.size()>;
 
-// Guarded by TableLock. Null while no table is loaded.
+// Held while the table is read, freed or rebuilt.
+sync::Mutex tableMutex;
+// Guarded by tableMutex. Null while no table is loaded.
 PathTable *table = nullptr;
-// Guarded by TableLock too: a library whose module did not start answers
+// Guarded by tableMutex too: a library whose module did not start answers
 // every query with "not found" and builds nothing.
 bool started = false;
 
@@ -119,15 +122,8 @@ int32_t find(int32_t id, PathField field, char *buffer, uint32_t *size) noexcept
         return SM_STATUS_NOT_FOUND;
     if (::access(path->c_str(), F_OK) != 0)
         return SM_STATUS_BAD_OBJECT;
-    const auto needed = static_cast<uint32_t>(path->size() + 1);
-    if (*size < needed) {
-        *size = needed;
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    }
-    if (buffer != nullptr)
-        std::memcpy(buffer, path->c_str(), needed);
-    *size = needed;
-    return SM_STATUS_SUCCESS;
+    // A null buffer asks only for the size, when the capacity would hold it.
+    return frame::copyOutText(buffer, size, *path, frame::NullBuffer::capacityOnly);
 }
 
 }  // namespace
@@ -167,14 +163,14 @@ int32_t registryPath(const Registry &registry, int32_t id, PathField field, std:
 
 bool startPathTable() noexcept
 {
-    const TableLock lock;
+    const sync::Guard lock(tableMutex);
     started = true;
     return table != nullptr || loadTable();
 }
 
 void stopPathTable() noexcept
 {
-    const TableLock lock;
+    const sync::Guard lock(tableMutex);
     started = false;
     freeTable();
 }
@@ -191,7 +187,7 @@ int32_t pathByProductAndType(int32_t id, uint32_t kind, char *buffer, uint32_t *
         return SM_STATUS_INVALID_PARAMETER;
     }
     const uint32_t capacity = *size;
-    const TableLock lock;
+    const sync::Guard lock(tableMutex);
     int32_t status = table != nullptr ? find(id, *field, buffer, size) : SM_STATUS_NOT_FOUND;
     if (status == SM_STATUS_NOT_FOUND && started) {
         // A miss may mean the registry changed since the table was built.

@@ -2,29 +2,24 @@
 
 #include <strings.h>
 
+#include <utility>
+
 #include "text/utf8_string.h"
 
 namespace zksupt::config {
 
 std::optional<PathField> fieldOfKind(uint32_t kind) noexcept
 {
-    switch (kind) {
-    case 2:
-    case 32:
-        return PathField::install;
-    case 4:
-        return PathField::varData;
-    case 8:
-        return PathField::log;
-    case 16:
-        return PathField::configTool;
-    case 64:
-        return PathField::ini;
-    case 128:
-        return PathField::bin;
-    default:
-        return std::nullopt;
+    // 2 and 32 both mean the install path.
+    static constexpr std::pair<uint32_t, PathField> kKinds[] = {
+        {2, PathField::install},     {32, PathField::install}, {4, PathField::varData}, {8, PathField::log},
+        {16, PathField::configTool}, {64, PathField::ini},     {128, PathField::bin},
+    };
+    for (const auto &[bit, field] : kKinds) {
+        if (bit == kind)
+            return field;
     }
+    return std::nullopt;
 }
 
 const char *suffixOfField(PathField field) noexcept

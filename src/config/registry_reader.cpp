@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <memory>
 
-#include "config/stdio_file.h"
+#include "file/stream.h"
 
 namespace zksupt::config {
 namespace {
@@ -40,15 +40,15 @@ std::optional<std::pair<std::string_view, std::string_view>> parseRegistryLine(s
 bool Registry::load(const char *path)
 {
     parse({});
-    const File file{path != nullptr ? std::fopen(path, "r") : nullptr};
-    if (!file)
+    const file::Stream stream{path != nullptr ? std::fopen(path, "r") : nullptr};
+    if (!stream)
         return false;
     std::string text;
     char chunk[8192];
     std::size_t got = 0;
-    while ((got = std::fread(chunk, 1, sizeof chunk, file.get())) > 0)
+    while ((got = std::fread(chunk, 1, sizeof chunk, stream.get())) > 0)
         text.append(chunk, got);
-    if (std::ferror(file.get()))
+    if (std::ferror(stream.get()))
         return false;
     parse(std::move(text));
     return true;

@@ -8,7 +8,7 @@
 
 #include <zksupt/status.h>
 
-#include "config/stdio_file.h"
+#include "file/stream.h"
 #include "file/operations.h"
 
 namespace zksupt::config {
@@ -22,7 +22,7 @@ constexpr std::size_t kStreamBuffer = 64 * 1024;
 // that is to replace the old file is first flushed to the disk, so that a
 // crash soon after the renames finds the whole new contents under the name,
 // never an empty or partly written file.
-bool closeWritten(File &out, bool toReplace) noexcept
+bool closeWritten(file::Stream &out, bool toReplace) noexcept
 {
     bool written = std::fflush(out.get()) == 0 && std::ferror(out.get()) == 0;
     if (written && toReplace)
@@ -70,13 +70,13 @@ int32_t replaceFile(const std::string &path, Rewriter &rewriter) noexcept
         const std::string temporary = (directory == "/" ? "" : directory) + "/" + name;
         const std::string backup = backupName(path);
 
-        File in{std::fopen(path.c_str(), "r")};
+        file::Stream in{std::fopen(path.c_str(), "r")};
         if (!in)
             return SM_STATUS_FILE_OPEN_FAILED;
         struct stat old {};
         const mode_t mode = ::fstat(fileno(in.get()), &old) == 0 ? (old.st_mode & kKeptModeBits) : kNewFileMode;
         const int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
-        File out{fd >= 0 ? ::fdopen(fd, "w") : nullptr};
+        file::Stream out{fd >= 0 ? ::fdopen(fd, "w") : nullptr};
         if (!out) {
             if (fd >= 0) {
                 ::close(fd);

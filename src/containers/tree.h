@@ -31,23 +31,25 @@ template <class Node> Node *findNode(Node *root, void *key, TreeCallback compare
     return nullptr;
 }
 
-// Attach and detach alike: the root becomes null, no node is freed.
+// tree.cpp. Attach and detach alike: the root becomes null, no node is freed.
 void resetTree(RedBlackTree *tree) noexcept;
 int32_t isTreeEmpty(const RedBlackTreeNode *root) noexcept;
 
-// 0, 0x102 when a node compares equal, 0x110 when no node can be allocated, 0x10F for null.
+// SUCCESS, DUPLICATE when a node compares equal, NO_MEMORY when no node can
+// be allocated, INVALID_PARAMETER for null.
 int32_t insertData(RedBlackTree *tree, void *data, void *key, TreeCallback compare) noexcept;
 // The data pointer that data replaced, or null when no node matched.
 void *replaceData(RedBlackTree *tree, void *data, void *key, TreeCallback compare) noexcept;
-// 0, 0x100 when no node matches, 0x10F for null. The removed data pointer is
-// stored in *removed when removed is not null.
+// SUCCESS, NOT_FOUND when no node matches, INVALID_PARAMETER for null. The
+// removed data pointer is stored in *removed when removed is not null.
 int32_t deleteData(RedBlackTree *tree, void *key, TreeCallback compare, void **removed = nullptr) noexcept;
-// Frees every node, passing each data pointer to release (when not null) first.
+// tree_walk.cpp. Frees every node, passing each data pointer to release (when
+// not null) first.
 void deleteTree(RedBlackTree *tree, void *context, RedBlackTreeFreeCallback release) noexcept;
 // The data of the node where callback returned 0, or null.
 void *walkTree(const RedBlackTreeNode *root, void *context, TreeCallback callback, uint32_t order) noexcept;
 
-// Balancing, for the operations above: the new red node is already hung in
+// tree_balance.cpp. Balancing, for the operations above: the new red node is already hung in
 // place; the unlinked node has at most one child and is not freed.
 void rebalanceAfterInsert(RedBlackTree *tree, RedBlackTreeNode *node) noexcept;
 void unlinkNode(RedBlackTree *tree, RedBlackTreeNode *node) noexcept;

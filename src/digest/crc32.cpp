@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "digest/crc32_clmul.h"
+#include "frame/unaligned.h"
 
 namespace zksupt::digest {
 namespace {
@@ -38,8 +39,7 @@ static_assert(kSlices[0][1] == 0x77073096 && kSlices[0][255] == 0x2D02EF8D, "not
 // The CRC register consumes bytes in memory order, least significant first.
 inline uint32_t loadLittle32(const uint8_t *bytes)
 {
-    uint32_t word;
-    std::memcpy(&word, bytes, sizeof word);
+    uint32_t word = frame::loadAs<uint32_t>(bytes);
     if constexpr (std::endian::native == std::endian::big)
         word = __builtin_bswap32(word);
     return word;

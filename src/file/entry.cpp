@@ -3,20 +3,13 @@
 #include <unistd.h>
 
 #include <cstdio>
-#include <memory>
 
 #include <zksupt/status.h>
 
 #include "file/operations.h"
+#include "file/stream.h"
 
 namespace zksupt::file {
-namespace {
-
-struct StreamCloser {
-    void operator()(std::FILE *stream) const { std::fclose(stream); }
-};
-
-}  // namespace
 
 bool entryExists(const char *path) noexcept
 {
@@ -31,7 +24,7 @@ int32_t sizeOfFile(const char *path, uint32_t *size) noexcept
     *size = 0;
     if (path == nullptr)
         return SM_STATUS_BAD_ARGUMENT;
-    const std::unique_ptr<std::FILE, StreamCloser> stream{::fopen64(path, "rbe")};
+    const Stream stream{::fopen64(path, "rbe")};
     if (!stream)
         return SM_STATUS_FAILURE;
     // The size is where the end is; a stream that cannot seek stays at 0.

@@ -8,7 +8,7 @@ namespace zksupt::file {
 
 enum class Sync { no, yes };
 
-// Copies source over destination. An existing destination is replaced only
+// transfer.cpp. Copies source over destination. An existing destination is replaced only
 // when overwrite is non-zero (else 0x14, nothing touched); the destination
 // ends with the source's permission bits. A destination that is the source
 // itself (same device and inode, however spelled) is 0x10F, nothing opened.
@@ -18,21 +18,23 @@ int32_t copyFile(const char *source, const char *destination, int32_t overwrite,
 // Appending a file to itself is 0x10F, as for copyFile.
 int32_t appendFile(const char *source, const char *destination, int32_t create, Sync sync) noexcept;
 
-// Makes one directory level, mode 0755. 0 also when the path exists already.
+// directory.cpp. Makes one directory level, mode 0755. 0 also when the path exists already.
 int32_t makeDirectory(const char *path) noexcept;
 // Removes an empty directory: 0, 0x100 when missing, 0x101 when not empty.
 int32_t removeDirectory(const char *path) noexcept;
 
-// The file's size as seen by seeking to its end; *size is 0 on failure.
+// entry.cpp. The file's size as seen by seeking to its end; *size is 0 on
+// failure.
 int32_t sizeOfFile(const char *path, uint32_t *size) noexcept;
 // unlink: 0, or -1 on any failure.
 int32_t deleteFile(const char *path) noexcept;
 
-// A name of eight letters and digits that no entry of directory has at the
+// temp_name.cpp. A name of eight letters and digits that no entry of directory has at the
 // moment of the test, into name (*size at least 9; *size becomes 9).
 int32_t temporaryName(const char *directory, char *name, uint32_t *size) noexcept;
 
-// Whether a directory entry exists at path (a dangling link counts).
+// entry.cpp. Whether a directory entry exists at path (a dangling link
+// counts).
 bool entryExists(const char *path) noexcept;
 
 }  // namespace zksupt::file

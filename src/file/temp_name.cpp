@@ -8,6 +8,7 @@
 #include <zksupt/status.h>
 
 #include "file/operations.h"
+#include "frame/size_out.h"
 
 namespace zksupt::file {
 namespace {
@@ -33,10 +34,8 @@ int32_t temporaryName(const char *directory, char *name, uint32_t *size) noexcep
 {
     if (directory == nullptr || name == nullptr || size == nullptr)
         return SM_STATUS_BAD_ARGUMENT;
-    if (*size <= kNameLength) {
-        *size = kNameLength + 1;
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    }
+    if (const int32_t status = frame::requireCapacity(size, kNameLength + 1); status != SM_STATUS_SUCCESS)
+        return status;
     seedOnce();
     for (int attempt = 0; attempt < kAttempts; ++attempt) {
         for (uint32_t i = 0; i < kNameLength; ++i)

@@ -4,13 +4,12 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <memory>
-#include <new>
 
 #include <zksupt/status.h>
 
 #include "file/descriptor.h"
 #include "file/operations.h"
+#include "frame/owned.h"
 
 namespace zksupt::file {
 namespace {
@@ -27,7 +26,7 @@ int32_t writeFailure(int error)
 // Moves everything from in to out, one chunk per write.
 int32_t pump(int in, int out)
 {
-    const std::unique_ptr<char[]> chunk{new (std::nothrow) char[kChunk]};
+    const frame::Owned<char> chunk = frame::allocateOwned<char>(kChunk);
     if (!chunk)
         return SM_STATUS_NO_MEMORY;
     for (;;) {

@@ -109,7 +109,7 @@ int32_t runEngine(char *dst, uint32_t size, const char *format, va_list args, ui
 
 int32_t formatArguments(char *dst, uint32_t size, const char *format, va_list args) noexcept
 {
-    const EngineLock lock;
+    const sync::Guard lock = lockEngine();
     return runEngine(dst, size, format, args, nullptr);
 }
 

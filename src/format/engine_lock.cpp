@@ -1,15 +1,13 @@
 #include "format/engine_lock.h"
 
 #include <atomic>
-#include <mutex>
 
 namespace zksupt::format {
 namespace {
 
-// A plain process-local mutex: constant-initialised, so it exists before
-// any attach and after the last detach, and a call that raced a stop still
-// unlocks what it locked.
-std::mutex engineMutex;
+// The library's unnamed mutex: it exists before any attach and after the
+// last detach, so a call that raced a stop still unlocks what it locked.
+sync::Mutex engineMutex;
 // Whether calls take the mutex; read by every call, so atomic.
 std::atomic<bool> ready{false};
 // Written only by module start and stop.
@@ -34,16 +32,9 @@ void stopEngine() noexcept
     }
 }
 
-EngineLock::EngineLock() noexcept : held_(ready.load(std::memory_order_acquire))
+sync::Guard lockEngine() noexcept
 {
-    if (held_)
-        engineMutex.lock();
-}
-
-EngineLock::~EngineLock()
-{
-    if (held_)
-        engineMutex.unlock();
+    return sync::Guard(engineMutex, ready.load(std::memory_order_acquire));
 }
 
 }  // namespace zksupt::format

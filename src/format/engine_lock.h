@@ -3,6 +3,8 @@
 // while the module is not started run without it.
 #pragma once
 
+#include "sync/mutex.h"
+
 namespace zksupt::format {
 
 // Module start: makes the lock ready (on the first start only) and reports
@@ -10,16 +12,8 @@ namespace zksupt::format {
 bool startEngine() noexcept;
 void stopEngine() noexcept;
 
-// Holds the engine's lock for its lifetime, when the lock is ready.
-class EngineLock {
-  public:
-    EngineLock() noexcept;
-    ~EngineLock();
-    EngineLock(const EngineLock &) = delete;
-    EngineLock &operator=(const EngineLock &) = delete;
-
-  private:
-    bool held_;
-};
+// The engine's lock for one call: held while the module is started, nothing
+// otherwise.
+sync::Guard lockEngine() noexcept;
 
 }  // namespace zksupt::format

@@ -1,21 +1,13 @@
 #include "format/strings.h"
 
 #include <cstring>
-#include <memory>
 
 #include <zksupt/status.h>
 
-#include "frame/memory.h"
+#include "frame/owned.h"
 #include "text/convert.h"
 
 namespace zksupt::format {
-namespace {
-
-struct Release {
-    void operator()(char *block) const noexcept { frame::release(block); }
-};
-
-}  // namespace
 
 void printBytes(Output &out, const Directive &d, const char *bytes, uint64_t length) noexcept
 {
@@ -42,7 +34,7 @@ bool printUcs2(Output &out, const Directive &d, const ucs2 *s) noexcept
     uint32_t size = 0;
     if (text::ucs2ToUtf8(nullptr, &size, s) != SM_STATUS_SUCCESS)
         return false;
-    const std::unique_ptr<char, Release> utf8(static_cast<char *>(frame::allocate(size)));
+    const frame::Owned<char> utf8 = frame::allocateOwned<char>(size);
     if (utf8 == nullptr || text::ucs2ToUtf8(utf8.get(), &size, s) != SM_STATUS_SUCCESS)
         return false;
     printString(out, d, utf8.get());

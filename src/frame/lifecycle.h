@@ -1,4 +1,6 @@
-// The library's attach/detach counting and the start and stop of its modules.
+// The library's attach/detach counting and the start and stop of its modules
+// (lifecycle.cpp); the library's own module table and lifecycle
+// (modules.cpp).
 #pragma once
 
 #include <atomic>
@@ -52,10 +54,10 @@ class Lifecycle {
     std::atomic<int16_t> unloading_{0};
 };
 
-// The library's own lifecycle over its module table.
+// modules.cpp. The library's own lifecycle over its module table.
 Lifecycle &library();
 
-// The unloading flag of the library: 1 from the last detach on. Waits that
+// modules.cpp. The unloading flag of the library: 1 from the last detach on. Waits that
 // loop read it and give up when it is set.
 int16_t unloading();
 

@@ -20,24 +20,27 @@ struct Inet6Address {
     char interface[16];
 };
 
-// One line of an if_inet6 table: 32 hex digits of address, four hex fields
+// ipv6_list.cpp. One line of an if_inet6 table: 32 hex digits of address, four hex fields
 // (index, prefix length, scope, flags) and the interface name, separated by
 // blanks. False, with out undefined, for a line of any other shape.
 bool parseIfInet6Line(std::string_view line, Inet6Address &out) noexcept;
 
-// Adds the IPv4 addresses of the interfaces that run and are neither loopback
-// nor point-to-point: 0, -1 when the interfaces cannot be asked, 0x110.
+// ipv4_list.cpp. Adds the IPv4 addresses of the interfaces that run and are
+// neither loopback nor point-to-point: SUCCESS, FAILURE when the interfaces
+// cannot be asked, NO_MEMORY.
 int32_t appendIpv4(EntryList &list) noexcept;
 
-// Adds the addresses of the if_inet6 table at path, leaving out interfaces
+// ipv6_list.cpp. Adds the addresses of the if_inet6 table at path, leaving out interfaces
 // that flags calls loopback or no-ARP or cannot answer for: global ones
 // first, then site-local (fec0::/10), then link-local (fe80::/10), each in
-// the table's order. A table that cannot be opened adds nothing. 0 or 0x110.
+// the table's order. A table that cannot be opened adds nothing. SUCCESS or
+// NO_MEMORY.
 int32_t appendIpv6(EntryList &list, const char *path, const InterfaceFlags &flags) noexcept;
 
-// SMGetIPAddrStrList. flags has no settled meaning and is not used.
+// address_lists.cpp. SMGetIPAddrStrList. flags has no settled meaning and is
+// not used.
 int32_t ipv4AddressList(SMInetAddrEntry *entries, uint32_t *count, uint32_t flags) noexcept;
-// SMGetInetAddrStrList.
+// address_lists.cpp. SMGetInetAddrStrList.
 int32_t inetAddressList(uint32_t selection, uint32_t *count, SMInetAddrEntry *entries) noexcept;
 
 }  // namespace zksupt::net

@@ -13,16 +13,13 @@
 #include <zksupt/net.h>
 #include <zksupt/status.h>
 
+#include "frame/owned.h"
+#include "frame/size_out.h"
 #include "net/module.h"
-#include "net/text_out.h"
 #include "text/utf8_string.h"
 
 namespace zksupt::net {
 namespace {
-
-struct Free {
-    void operator()(void *p) const noexcept { std::free(p); }
-};
 
 // The broadcast address is the one text allowed to read as all ones, which
 // inet_addr also answers for text it cannot read.
@@ -68,7 +65,7 @@ int32_t ipv4FromText(const char *text, uint32_t *address) noexcept
 {
     if (const int32_t status = checkCall({text, address}); status != SM_STATUS_SUCCESS)
         return status;
-    const std::unique_ptr<char, Free> rewritten{static_cast<char *>(std::malloc(std::strlen(text) + 1))};
+    const frame::Owned<char> rewritten = frame::allocateOwned<char>(std::strlen(text) + 1);
     if (rewritten == nullptr)
         return SM_STATUS_NO_MEMORY;
     rewriteDottedText(text, rewritten.get());
@@ -88,7 +85,7 @@ int32_t ipv4ToText(uint32_t address, char *buffer, uint32_t *size) noexcept
     char dotted[INET_ADDRSTRLEN];
     if (::inet_ntop(AF_INET, &address, dotted, sizeof dotted) == nullptr)
         return SM_STATUS_FAILURE;
-    return copyText(dotted, buffer, size);
+    return frame::copyOutText(buffer, size, dotted, frame::NullBuffer::sizeQuery);
 }
 
 int32_t inetFromText(uint32_t family, const char *text, void *buffer, uint32_t *size) noexcept
@@ -101,12 +98,7 @@ int32_t inetFromText(uint32_t family, const char *text, void *buffer, uint32_t *
     std::array<unsigned char, 16> bytes{};
     if (::inet_pton(kind->af, text, bytes.data()) <= 0)
         return SM_STATUS_INVALID_PARAMETER;
-    const uint32_t capacity = *size;
-    *size = kind->length;
-    if (capacity < kind->length)
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    std::memcpy(buffer, bytes.data(), kind->length);
-    return SM_STATUS_SUCCESS;
+    return frame::copyOutBytes(buffer, size, bytes.data(), kind->length);
 }
 
 int32_t inetToText(uint32_t family, const void *address, uint32_t length, char *buffer, uint32_t *size) noexcept
@@ -120,7 +112,7 @@ int32_t inetToText(uint32_t family, const void *address, uint32_t length, char *
     char text[INET6_ADDRSTRLEN];
     if (::inet_ntop(kind->af, address, text, sizeof text) == nullptr)
         return errno == EAFNOSUPPORT ? SM_STATUS_INVALID_PARAMETER : SM_STATUS_FAILURE;
-    return copyText(text, buffer, size);
+    return frame::copyOutText(buffer, size, text, frame::NullBuffer::sizeQuery);
 }
 
 }  // namespace zksupt::net

@@ -6,14 +6,13 @@
 #include <cerrno>
 #include <climits>
 #include <cstring>
-#include <memory>
-#include <new>
 #include <string_view>
 
 #include <zksupt/status.h>
 
+#include "frame/owned.h"
+#include "frame/size_out.h"
 #include "net/module.h"
-#include "net/text_out.h"
 #include "text/convert.h"
 
 namespace zksupt::net {
@@ -39,7 +38,7 @@ const char *shortHostName(char (&name)[kShortName]) noexcept
 {
     char whole[HOST_NAME_MAX + 2];
     uint32_t size = kShortName;
-    copyText(wholeHostName(whole).substr(0, kShortName - 1), name, &size);
+    frame::copyOutText(name, &size, wholeHostName(whole).substr(0, kShortName - 1));
     return name;
 }
 
@@ -51,11 +50,9 @@ int32_t hostName(char *buffer, uint32_t *size) noexcept
         return status;
     char whole[HOST_NAME_MAX + 2];
     const std::string_view name = wholeHostName(whole);
-    if (*size == 0) {
-        copyText(name, nullptr, size);
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    }
-    return copyText(name.substr(0, *size - 1), buffer, size);
+    if (*size == 0)
+        return frame::copyOutText(nullptr, size, name);
+    return frame::copyOutText(buffer, size, name.substr(0, *size - 1), frame::NullBuffer::sizeQuery);
 }
 
 int32_t hostNameUcs2(ucs2 *buffer, uint32_t *size) noexcept
@@ -69,7 +66,7 @@ int32_t hostNameUcs2(ucs2 *buffer, uint32_t *size) noexcept
 int32_t dnsSuffixOf(const char *officialName, char *buffer, uint32_t *size) noexcept
 {
     const char *dot = std::strchr(officialName, '.');
-    return copyText(dot != nullptr ? dot + 1 : "", buffer, size);
+    return frame::copyOutText(buffer, size, dot != nullptr ? dot + 1 : "", frame::NullBuffer::sizeQuery);
 }
 
 int32_t dnsSuffix(char *buffer, uint32_t *size) noexcept
@@ -82,7 +79,7 @@ int32_t dnsSuffix(char *buffer, uint32_t *size) noexcept
     // The reentrant lookup: the classic one returns static storage that any
     // other thread's lookup overwrites.
     for (std::size_t area = kFirstLookupArea; area <= kLargestLookupArea; area *= 2) {
-        const std::unique_ptr<char[]> work{new (std::nothrow) char[area]};
+        const frame::Owned<char> work = frame::allocateOwned<char>(area);
         if (work == nullptr)
             return SM_STATUS_NO_MEMORY;
         hostent entry{};

@@ -20,7 +20,8 @@ int32_t hostNameUcs2(ucs2 *buffer, uint32_t *size) noexcept;
 int32_t dnsSuffix(char *buffer, uint32_t *size) noexcept;
 
 // The suffix of an official name: its text after the first ".", or the empty
-// text when there is none. Size rules as for copyText.
+// text when there is none, under the network functions' size rule (a null
+// buffer asks for the size: frame::NullBuffer::sizeQuery).
 int32_t dnsSuffixOf(const char *officialName, char *buffer, uint32_t *size) noexcept;
 
 }  // namespace zksupt::net

@@ -7,6 +7,8 @@
 
 #include <cstring>
 
+#include "frame/unaligned.h"
+
 namespace zksupt::net {
 namespace {
 
@@ -51,9 +53,8 @@ bool InterfaceQuery::ipv4Address(const char *name, in_addr &address) const noexc
     ifreq request = requestFor(name);
     if (::ioctl(socket_.get(), SIOCGIFADDR, &request) < 0 || request.ifr_addr.sa_family != AF_INET)
         return false;
-    sockaddr_in inet{};
-    std::memcpy(&inet, &request.ifr_addr, sizeof inet);
-    address = inet.sin_addr;
+    // The address comes as a generic sockaddr: read it as the IPv4 form it is.
+    address = frame::loadAs<sockaddr_in>(&request.ifr_addr).sin_addr;
     return true;
 }
 

@@ -3,20 +3,15 @@
 #include <sys/ioctl.h>
 
 #include <cstddef>
-#include <cstdlib>
 #include <cstring>
-#include <memory>
 
 #include <zksupt/status.h>
 
+#include "frame/owned.h"
 #include "net/address_lists.h"
 
 namespace zksupt::net {
 namespace {
-
-struct Free {
-    void operator()(void *p) const noexcept { std::free(p); }
-};
 
 // The table is asked for in a buffer that grows until the answer leaves room
 // for one more record. Both steps are whole numbers of records on the target
@@ -34,17 +29,14 @@ int32_t appendIpv4(EntryList &list) noexcept
     if (!query)
         return SM_STATUS_FAILURE;
 
-    std::unique_ptr<void, Free> table;
+    frame::Owned<char> table;
     std::size_t used = 0;
     for (std::size_t capacity = kFirstTable;; capacity += kTableStep) {
-        void *grown = std::realloc(table.get(), capacity);
-        if (grown == nullptr)
+        if (!frame::reallocateOwned(table, capacity))
             return SM_STATUS_NO_MEMORY;
-        table.release();
-        table.reset(grown);
         ifconf conf{};
         conf.ifc_len = static_cast<int>(capacity);
-        conf.ifc_buf = static_cast<char *>(grown);
+        conf.ifc_buf = table.get();
         if (::ioctl(query.descriptor(), SIOCGIFCONF, &conf) < 0 || conf.ifc_len < 0)
             return SM_STATUS_FAILURE;
         used = static_cast<std::size_t>(conf.ifc_len);
@@ -52,7 +44,7 @@ int32_t appendIpv4(EntryList &list) noexcept
             break;
     }
 
-    const auto *records = static_cast<const char *>(table.get());
+    const char *records = table.get();
     for (std::size_t offset = 0; offset + sizeof(ifreq) <= used; offset += sizeof(ifreq)) {
         char name[IFNAMSIZ + 1] = {};
         std::memcpy(name, records + offset + offsetof(ifreq, ifr_name), IFNAMSIZ);

@@ -2,21 +2,17 @@
 #include <net/if.h>
 
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <memory>
 
 #include <zksupt/status.h>
 
+#include "file/stream.h"
+#include "frame/owned.h"
 #include "net/address_lists.h"
-#include "text/hex_digits.h"
+#include "text_helpers/hex_digits.h"
 
 namespace zksupt::net {
 namespace {
-
-struct CloseFile {
-    void operator()(std::FILE *file) const noexcept { std::fclose(file); }
-};
 
 // Kernel lines are about 55 bytes; a longer one is no line of the table.
 constexpr int kLongestLine = 128;
@@ -45,7 +41,7 @@ bool isHexNumber(std::string_view word) noexcept
     if (word.empty())
         return false;
     for (char c : word)
-        if (text::hexDigitValue(c) < 0)
+        if (text_helpers::hexDigitValue(c) < 0)
             return false;
     return true;
 }
@@ -66,30 +62,23 @@ Reach reachOf(const Inet6Address &address) noexcept
 // that running out of memory is an answer, not an exception.
 class Collected {
   public:
-    Collected() = default;
-    ~Collected() { std::free(items_); }
-    Collected(const Collected &) = delete;
-    Collected &operator=(const Collected &) = delete;
-
     bool push(const Inet6Address &address) noexcept
     {
         if (count_ == capacity_) {
             const std::size_t grown = capacity_ == 0 ? 16 : capacity_ * 2;
-            void *items = std::realloc(items_, grown * sizeof(Inet6Address));
-            if (items == nullptr)
+            if (!frame::reallocateOwned(items_, grown * sizeof(Inet6Address)))
                 return false;
-            items_ = static_cast<Inet6Address *>(items);
             capacity_ = grown;
         }
         items_[count_++] = address;
         return true;
     }
 
-    const Inet6Address *begin() const noexcept { return items_; }
-    const Inet6Address *end() const noexcept { return items_ + count_; }
+    const Inet6Address *begin() const noexcept { return items_.get(); }
+    const Inet6Address *end() const noexcept { return items_.get() + count_; }
 
   private:
-    Inet6Address *items_ = nullptr;
+    frame::Owned<Inet6Address[]> items_;
     std::size_t count_ = 0;
     std::size_t capacity_ = 0;
 };
@@ -102,8 +91,8 @@ bool parseIfInet6Line(std::string_view line, Inet6Address &out) noexcept
     if (digits.size() != 2 * sizeof out.bytes || !isHexNumber(digits))
         return false;
     for (std::size_t i = 0; i < sizeof out.bytes; ++i)
-        out.bytes[i] = static_cast<unsigned char>(text::hexDigitValue(digits[2 * i]) << 4 |
-                                                  text::hexDigitValue(digits[2 * i + 1]));
+        out.bytes[i] = static_cast<unsigned char>(text_helpers::hexDigitValue(digits[2 * i]) << 4 |
+                                                  text_helpers::hexDigitValue(digits[2 * i + 1]));
     for (int field = 0; field < 4; ++field)  // index, prefix length, scope, flags
         if (!isHexNumber(nextWord(line)))
             return false;
@@ -117,7 +106,7 @@ bool parseIfInet6Line(std::string_view line, Inet6Address &out) noexcept
 
 int32_t appendIpv6(EntryList &list, const char *path, const InterfaceFlags &flags) noexcept
 {
-    const std::unique_ptr<std::FILE, CloseFile> table{std::fopen(path, "re")};
+    const file::Stream table{std::fopen(path, "re")};
     if (table == nullptr)
         return SM_STATUS_SUCCESS;
 

@@ -6,6 +6,8 @@
 #include <cstring>
 #include <utility>
 
+#include "frame/owned.h"
+#include "frame/size_out.h"
 #include "sdo/binary.h"
 #include "sdo/config.h"
 
@@ -26,7 +28,7 @@ uint32_t elementOffset(const Block &array, uint32_t index) noexcept
 int32_t checkSerialisable(const SDOConfig *config) noexcept
 {
     uint32_t size = config->binarySize;
-    HeapPtr<uint8_t> scratch(static_cast<uint8_t *>(std::malloc(size)));
+    const frame::Owned<uint8_t> scratch = frame::allocateOwned<uint8_t>(size);
     if (scratch == nullptr)
         return SM_STATUS_NO_MEMORY;
     return toBinary(config, scratch.get(), &size);
@@ -48,11 +50,9 @@ int32_t arrayAddData(void *array, uint32_t *capacity, const void *binary, uint32
 {
     if (array == nullptr || capacity == nullptr || binary == nullptr)
         return SM_STATUS_INVALID_PARAMETER;
-    if (*capacity < 2 * kHeaderSize)
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    const Block block = openBlock(array, *capacity);
-    if (block.kind != Kind::array)
-        return SM_STATUS_INVALID_PARAMETER;
+    Block block;
+    if (const int32_t status = openForUpdate(array, *capacity, Kind::array, block); status != SM_STATUS_SUCCESS)
+        return status;
     const uint32_t end = elementOffset(block, block.count);
     if (end == 0)
         return SM_STATUS_INVALID_PARAMETER;
@@ -82,13 +82,7 @@ int32_t arrayGetByIndex(const void *array, uint32_t index, void *out, uint32_t *
     const uint32_t end = offset != 0 ? elementEnd(block, offset) : 0;
     if (end == 0 || kindOf(block.bytes + offset) != Kind::object)
         return SM_STATUS_BAD_OBJECT;
-    const uint32_t length = end - offset;
-    const uint32_t capacity = *size;
-    *size = length;
-    if (out == nullptr || capacity < length)
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    std::memcpy(out, block.bytes + offset, length);
-    return SM_STATUS_SUCCESS;
+    return frame::copyOutBytes(out, size, block.bytes + offset, end - offset);
 }
 
 // The running total counts every serialisable object, kept or not, so that

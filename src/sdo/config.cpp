@@ -6,6 +6,8 @@
 #include <cstring>
 
 #include "containers/tree.h"
+#include "frame/owned.h"
+#include "frame/size_out.h"
 #include "sdo/binary.h"
 #include "sdo/config.h"
 #include "sdo/layout.h"
@@ -42,16 +44,12 @@ void adjustBinarySize(SDOConfig *config, uint64_t gained, uint64_t lost) noexcep
     config->binarySize = static_cast<uint32_t>(size > lost + kHeaderSize ? size - lost : kHeaderSize);
 }
 
+// The type is reported even when the value does not fit.
 int32_t copyOut(const Entry &entry, uint8_t *type, void *buffer, uint32_t *size) noexcept
 {
-    const uint32_t capacity = *size;
-    *size = entry.dataSize;
     if (type != nullptr)
         *type = entry.type;
-    if (buffer == nullptr || capacity < entry.dataSize)
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    std::memcpy(buffer, entry.data(), entry.dataSize);
-    return SM_STATUS_SUCCESS;
+    return frame::copyOutBytes(buffer, size, entry.data(), entry.dataSize);
 }
 
 // The value an add stores, once nested input is resolved: the caller's bytes,
@@ -115,8 +113,8 @@ class NestedValue {
         }
         if (kind != Kind::array)
             return SM_STATUS_INVALID_PARAMETER;
-        uint32_t count = load16(bytes_ + 4);
-        handles_.reset(static_cast<SDOConfig **>(std::calloc(std::max(count, 1u), kHandleSize)));
+        uint32_t count = frame::loadAs<uint16_t>(bytes_ + 4);
+        handles_ = frame::allocateZeroed<SDOConfig *>(std::max(count, 1u));
         if (handles_ == nullptr)
             return SM_STATUS_NO_MEMORY;
         if (const int32_t status = binaryArrayToConfigs(bytes_, handles_.get(), &count, size_))
@@ -153,7 +151,7 @@ class NestedValue {
     uint32_t size_;
     SDOConfig *single_ = nullptr;
     bool madeOne_ = false;
-    HeapPtr<SDOConfig *> handles_;
+    frame::Owned<SDOConfig *> handles_;
     uint32_t made_ = 0;
 };
 
@@ -200,7 +198,7 @@ int32_t addData(SDOConfig *config, uint16_t id, uint8_t type, const void *value,
     if (config->binarySize + cost > kLargestBlock)
         return SM_STATUS_LIMIT_REACHED;
 
-    HeapPtr<Entry> entry(static_cast<Entry *>(std::calloc(1, sizeof(Entry) + input.size())));
+    frame::Owned<Entry> entry(static_cast<Entry *>(std::calloc(1, sizeof(Entry) + input.size())));
     if (entry == nullptr)
         return SM_STATUS_NO_MEMORY;
     *entry = Entry{input.size(), id, input.type(), 0};

@@ -38,11 +38,6 @@ struct Entry {
 };
 static_assert(sizeof(Entry) == 8);
 
-struct FreeDeleter {
-    void operator()(void *block) const noexcept { std::free(block); }
-};
-template <class T> using HeapPtr = std::unique_ptr<T, FreeDeleter>;
-
 void freeConfig(SDOConfig *config) noexcept;
 struct ConfigDeleter {
     void operator()(SDOConfig *config) const noexcept { freeConfig(config); }
@@ -55,8 +50,9 @@ constexpr bool validId(uint16_t id) noexcept
     return id != 0 && id < 0xFFFE;
 }
 
-// The handles a value of base type 13 holds: one, or dataSize / kHandleSize
-// for an array. Reads and writes go through memcpy: the bytes are a value.
+// size.cpp. The handles a value of base type 13 holds: one, or dataSize / kHandleSize
+// for an array. Reads and writes go through frame::loadAs/storeAs: the bytes
+// are a value, at any alignment.
 uint32_t handleCount(uint8_t type, uint32_t dataSize) noexcept;
 SDOConfig *handleAt(const uint8_t *data, uint32_t index) noexcept;
 
@@ -70,7 +66,7 @@ inline uint64_t costOf(const Entry &entry) noexcept
 }
 uint32_t recalcBinarySize(SDOConfig *config) noexcept;
 
-// Frees an entry's nested objects, except those the keep value also holds
+// size.cpp. Frees an entry's nested objects, except those the keep value also holds
 // (a replacement that carries the same handles over).
 void releaseChildren(Entry &entry, const Entry *keep = nullptr) noexcept;
 

@@ -2,13 +2,17 @@
 // and array elements. Every read goes through a Block, whose extent is the
 // total size its own header states, cut down to what its container allows,
 // so that a damaged or hostile block cannot lead a read outside itself.
-// Fields are in host byte order and unaligned, hence memcpy.
+// Fields are in host byte order and unaligned, hence frame::loadAs/storeAs.
 #pragma once
 
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <optional>
+
+#include <zksupt/status.h>
+
+#include "frame/unaligned.h"
 
 namespace zksupt::sdo {
 
@@ -29,18 +33,6 @@ constexpr uint8_t baseOf(uint8_t type) noexcept
     return type & kBaseMask;
 }
 
-inline uint16_t load16(const uint8_t *at) noexcept
-{
-    uint16_t value;
-    std::memcpy(&value, at, sizeof value);
-    return value;
-}
-
-inline void store16(uint8_t *at, uint16_t value) noexcept
-{
-    std::memcpy(at, &value, sizeof value);
-}
-
 enum class Kind { invalid, object, array };
 
 // What the first four bytes announce.
@@ -54,8 +46,8 @@ inline Kind kindOf(const void *bytes) noexcept
 inline void writeHeader(uint8_t *at, Kind kind, uint16_t count, uint16_t total) noexcept
 {
     std::memcpy(at, kind == Kind::array ? "SDAB" : "SDOB", 4);
-    store16(at + 4, count);
-    store16(at + 6, total);
+    frame::storeAs<uint16_t>(at + 4, count);
+    frame::storeAs<uint16_t>(at + 6, total);
 }
 
 struct Block {
@@ -75,10 +67,21 @@ inline Block openBlock(const void *bytes, uint32_t limit) noexcept
         return {};
     const auto *at = static_cast<const uint8_t *>(bytes);
     const Kind kind = kindOf(at);
-    const uint32_t size = std::min<uint32_t>(load16(at + 6), limit);
+    const uint32_t size = std::min<uint32_t>(frame::loadAs<uint16_t>(at + 6), limit);
     if (kind == Kind::invalid || size < kHeaderSize)
         return {};
-    return {at, size, load16(at + 4), kind};
+    return {at, size, frame::loadAs<uint16_t>(at + 4), kind};
+}
+
+// A block the caller hands over to be changed in place, in capacity bytes:
+// BUFFER_TOO_SMALL when they cannot hold a header and one more,
+// INVALID_PARAMETER when the block is not of the kind, else SUCCESS.
+inline int32_t openForUpdate(const void *bytes, uint32_t capacity, Kind kind, Block &block) noexcept
+{
+    if (capacity < 2 * kHeaderSize)
+        return SM_STATUS_BUFFER_TOO_SMALL;
+    block = openBlock(bytes, capacity);
+    return block.kind == kind ? SM_STATUS_SUCCESS : SM_STATUS_INVALID_PARAMETER;
 }
 
 // One index slot of an object and where its value lies within the block.
@@ -106,7 +109,7 @@ inline Slot slotAt(const Block &block, uint32_t index) noexcept
     Slot slot;
     slot.offset = kHeaderSize + index * kSlotSize;
     const uint8_t *at = block.bytes + slot.offset;
-    slot.id = load16(at);
+    slot.id = frame::loadAs<uint16_t>(at);
     slot.type = at[2];
     slot.flags = at[3];
     if (!slot.outOfLine()) {
@@ -114,8 +117,8 @@ inline Slot slotAt(const Block &block, uint32_t index) noexcept
         slot.length = (slot.flags & 3u) + 1;
         return slot;
     }
-    const uint32_t stated = load16(at + 4);
-    const uint32_t start = slot.offset + load16(at + 6);
+    const uint32_t stated = frame::loadAs<uint16_t>(at + 4);
+    const uint32_t start = slot.offset + frame::loadAs<uint16_t>(at + 6);
     slot.valueOffset = std::min(start, block.size);
     slot.length = std::min(stated, block.size - slot.valueOffset);
     slot.whole = start + stated <= block.size;
@@ -145,10 +148,10 @@ inline std::optional<Slot> findSlot(const Block &block, uint16_t id) noexcept
     uint32_t first = 0;
     for (uint32_t length = count; length > 1;) {
         const uint32_t half = length / 2;
-        first = load16(slots + (first + half) * kSlotSize) <= id ? first + half : first;
+        first = frame::loadAs<uint16_t>(slots + (first + half) * kSlotSize) <= id ? first + half : first;
         length -= half;
     }
-    if (count == 0 || load16(slots + first * kSlotSize) != id)
+    if (count == 0 || frame::loadAs<uint16_t>(slots + first * kSlotSize) != id)
         return std::nullopt;
     return slotAt(block, first);
 }
@@ -159,7 +162,7 @@ inline uint32_t elementEnd(const Block &array, uint32_t offset) noexcept
 {
     if (offset + kHeaderSize > array.size)
         return 0;
-    const uint32_t size = load16(array.bytes + offset + 6);
+    const uint32_t size = frame::loadAs<uint16_t>(array.bytes + offset + 6);
     return size >= kHeaderSize && offset + size <= array.size ? offset + size : 0;
 }
 

@@ -9,7 +9,7 @@
 #include <zksupt/status.h>
 
 #include "file/separated_text.h"
-#include "frame/memory.h"
+#include "frame/owned.h"
 #include "sdo/type_text.h"
 
 namespace zksupt::sdo {
@@ -36,10 +36,6 @@ const SMNVPEnumRow *findRow(const SMNVPEnumRow *table, uint32_t rows, const char
     }
     return nullptr;
 }
-
-struct Release {
-    void operator()(char *p) const noexcept { frame::release(p); }
-};
 
 }  // namespace
 
@@ -107,7 +103,7 @@ uint32_t paramEnumValue(int32_t n, char *const *params, const char *name, int32_
         return row == nullptr ? table[0].value : row->value;
     }
     const char separator = std::strchr(value, '|') != nullptr ? '|' : ',';
-    const std::unique_ptr<char, Release> pieces{file::convertSeparators(value, nullptr, separator, '\0')};
+    const frame::Owned<char> pieces{file::convertSeparators(value, nullptr, separator, '\0')};
     if (pieces == nullptr)
         return kEnumFailure;
     // The pieces end at an empty one, but an empty piece inside the list

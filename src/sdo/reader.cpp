@@ -4,6 +4,7 @@
 
 #include <cstring>
 
+#include "frame/size_out.h"
 #include "sdo/binary.h"
 #include "sdo/config.h"
 
@@ -21,20 +22,10 @@ SDOConfig *readObject(const Block &block) noexcept
     for (uint32_t i = 0; config != nullptr && i < slots; ++i) {
         const Slot slot = slotAt(block, i);
         if (!slot.whole || baseOf(slot.type) == kBaseNested ||
-            addData(config.get(), slot.id, slot.type, slot.value(block), slot.length, 0) != 0)
+            addData(config.get(), slot.id, slot.type, slot.value(block), slot.length, 0) != SM_STATUS_SUCCESS)
             return nullptr;
     }
     return config.release();
-}
-
-int32_t copyValue(const uint8_t *value, uint32_t length, void *buffer, uint32_t *size) noexcept
-{
-    const uint32_t capacity = *size;
-    *size = length;
-    if (buffer == nullptr || capacity < length)
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    std::memcpy(buffer, value, length);
-    return SM_STATUS_SUCCESS;
 }
 
 }  // namespace
@@ -51,7 +42,7 @@ uint32_t binaryCount(const void *binary, uint16_t *isArray) noexcept
     const Kind kind = kindOf(binary);
     if (isArray != nullptr)
         *isArray = kind == Kind::array ? 1 : 0;
-    return kind != Kind::invalid ? load16(static_cast<const uint8_t *>(binary) + 4) : 0xFFFFFFFFu;
+    return kind != Kind::invalid ? frame::loadAs<uint16_t>(static_cast<const uint8_t *>(binary) + 4) : 0xFFFFFFFFu;
 }
 
 uint32_t binarySize(const void *binary, uint16_t *isArray) noexcept
@@ -61,7 +52,7 @@ uint32_t binarySize(const void *binary, uint16_t *isArray) noexcept
     const Kind kind = kindOf(binary);
     if (isArray != nullptr)
         *isArray = kind == Kind::array ? 1 : 0;
-    return kind != Kind::invalid ? load16(static_cast<const uint8_t *>(binary) + 6) : 0;
+    return kind != Kind::invalid ? frame::loadAs<uint16_t>(static_cast<const uint8_t *>(binary) + 6) : 0;
 }
 
 // Inline values are reported as the whole four bytes of their slot, padding
@@ -80,7 +71,8 @@ int32_t binaryGetById(const void *binary, uint16_t id, uint8_t *type, void *buff
         return SM_STATUS_NOT_FOUND;
     if (!slot->whole)
         return SM_STATUS_BAD_OBJECT;
-    const int32_t status = copyValue(slot->value(block), slot->outOfLine() ? slot->length : kInlineMax, buffer, size);
+    const int32_t status =
+        frame::copyOutBytes(buffer, size, slot->value(block), slot->outOfLine() ? slot->length : kInlineMax);
     if (status == SM_STATUS_SUCCESS && type != nullptr)
         *type = slot->type;
     return status;
@@ -91,7 +83,7 @@ int32_t binaryGetByIndex(const void *binary, uint32_t index, uint16_t *id, uint8
 {
     if (binary == nullptr || id == nullptr || size == nullptr)
         return SM_STATUS_INVALID_PARAMETER;
-    if (index >= load16(static_cast<const uint8_t *>(binary) + 4))
+    if (index >= frame::loadAs<uint16_t>(static_cast<const uint8_t *>(binary) + 4))
         return SM_STATUS_NOT_PRESENT;
     const Block block = openBlock(binary, kLargestBlock);
     if (block.kind != Kind::object)
@@ -101,7 +93,7 @@ int32_t binaryGetByIndex(const void *binary, uint32_t index, uint16_t *id, uint8
     const Slot slot = slotAt(block, index);
     if (!slot.whole)
         return SM_STATUS_BAD_OBJECT;
-    const int32_t status = copyValue(slot.value(block), slot.length, buffer, size);
+    const int32_t status = frame::copyOutBytes(buffer, size, slot.value(block), slot.length);
     if (status == SM_STATUS_SUCCESS) {
         *id = slot.id;
         if (type != nullptr)
@@ -117,10 +109,10 @@ int32_t binarySetData(void *binary, uint32_t *size, uint16_t id, uint8_t type, c
 {
     if (binary == nullptr || size == nullptr || !validId(id) || type == 0 || value == nullptr || valueSize == 0)
         return SM_STATUS_INVALID_PARAMETER;
-    if (*size < 2 * kHeaderSize)
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    const Block block = openBlock(binary, *size);
-    if (block.kind != Kind::object || slotCount(block) != block.count)
+    Block block;
+    if (const int32_t status = openForUpdate(binary, *size, Kind::object, block); status != SM_STATUS_SUCCESS)
+        return status;
+    if (slotCount(block) != block.count)
         return SM_STATUS_INVALID_PARAMETER;
     const std::optional<Slot> found = findSlot(block, id);
     if (found && !found->whole)
@@ -134,7 +126,7 @@ int32_t binarySetData(void *binary, uint32_t *size, uint16_t id, uint8_t type, c
         std::memcpy(bytes + slot.valueOffset, value, valueSize);
         if (!slot.outOfLine())
             bytes[slot.offset + 3] = static_cast<uint8_t>(valueSize - 1);
-        *size = load16(bytes + 6);
+        *size = frame::loadAs<uint16_t>(bytes + 6);
         return SM_STATUS_SUCCESS;
     }
 
@@ -146,12 +138,10 @@ int32_t binarySetData(void *binary, uint32_t *size, uint16_t id, uint8_t type, c
         return SM_STATUS_BUFFER_TOO_SMALL;
     if (const int32_t status = addData(config.get(), id, type, value, valueSize, 1))
         return status;
-    if (config->binarySize > *size) {
-        *size = config->binarySize;
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    }
+    if (const int32_t status = frame::requireCapacity(size, config->binarySize); status != SM_STATUS_SUCCESS)
+        return status;
     const int32_t status = toBinary(config.get(), binary, size);
-    *size = load16(bytes + 6);
+    *size = frame::loadAs<uint16_t>(bytes + 6);
     return status;
 }
 

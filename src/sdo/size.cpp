@@ -1,6 +1,5 @@
 // Binary-size accounting and the nested objects an entry owns.
-#include <cstring>
-
+#include "frame/unaligned.h"
 #include "sdo/config.h"
 #include "sdo/layout.h"
 
@@ -17,9 +16,7 @@ uint32_t handleCount(uint8_t type, uint32_t dataSize) noexcept
 
 SDOConfig *handleAt(const uint8_t *data, uint32_t index) noexcept
 {
-    SDOConfig *handle;
-    std::memcpy(&handle, data + index * kHandleSize, kHandleSize);
-    return handle;
+    return frame::loadAs<SDOConfig *>(data + index * kHandleSize);
 }
 
 namespace {
@@ -82,7 +79,7 @@ void releaseChildren(Entry &entry, const Entry *keep) noexcept
         if (child == nullptr || isKept(child))
             continue;
         freeConfig(child);
-        std::memset(entry.data() + i * kHandleSize, 0, kHandleSize);
+        frame::storeAs<SDOConfig *>(entry.data() + i * kHandleSize, nullptr);
     }
 }
 

@@ -12,21 +12,17 @@
 #include <zksupt/status.h>
 
 #include "format/engine.h"
-#include "frame/memory.h"
 #include "frame/owned.h"
+#include "frame/size_out.h"
 #include "frame/unaligned.h"
 #include "net/address_text.h"
 #include "text/convert.h"
-#include "text/helpers.h"
-#include "text/hex_digits.h"
+#include "text_helpers/byte_text.h"
+#include "text_helpers/hex_dump.h"
+#include "text_helpers/number_text.h"
 
 namespace zksupt::sdo {
 namespace {
-
-struct Release {
-    void operator()(void *p) const noexcept { frame::release(p); }
-};
-template <class T> using Owned = std::unique_ptr<T, Release>;
 
 // Width in bytes of the fixed-size codes 0-11 and 15.
 constexpr std::array<uint8_t, kLastTypeCode + 1> kWidth{2, 1, 2, 4, 8, 1, 2, 4, 8, 8, 4, 4, 0, 0, 0, 4, 0};
@@ -62,13 +58,13 @@ bool numberFormat(uint32_t flag, uint32_t *format) noexcept
     switch (flag) {
     case 0:
     case kFlagDecimal:
-        *format = text::kNumberDecimal;
+        *format = text_helpers::kNumberDecimal;
         return true;
     case kFlagOctal:
-        *format = text::kNumberOctal;
+        *format = text_helpers::kNumberOctal;
         return true;
     case kFlagHex:
-        *format = text::kNumberHex;
+        *format = text_helpers::kNumberHex;
         return true;
     default:
         return false;
@@ -78,7 +74,7 @@ bool numberFormat(uint32_t flag, uint32_t *format) noexcept
 // The helpers let an empty text and a lone sign through as 0; here they are no number.
 bool hasDigits(const char *text, uint32_t format) noexcept
 {
-    if (format == text::kNumberDecimal)
+    if (format == text_helpers::kNumberDecimal)
         text += (*text == '+' || *text == '-');
     return *text != '\0';
 }
@@ -88,26 +84,18 @@ bool hasDigits(const char *text, uint32_t format) noexcept
 int32_t parse64(const char *text, uint32_t format, uint32_t code, void *buffer) noexcept
 {
     uint32_t status = 0;
-    if (format == text::kNumberOctal)
-        text::textToUint32(text, format, &status);
+    if (format == text_helpers::kNumberOctal)
+        text_helpers::textToUint32(text, format, &status);
     else
-        text::textToUint64(text, format, &status);
-    if (status != 0)
+        text_helpers::textToUint64(text, format, &status);
+    if (status != SM_STATUS_SUCCESS)
         return SM_STATUS_INVALID_PARAMETER;
-    const int radix = format == text::kNumberOctal ? 8 : format == text::kNumberHex ? 16 : 10;
-    if (code == 4) {
-        const long long value = std::strtoll(text, nullptr, radix);
-        std::memcpy(buffer, &value, 8);
-    } else {
-        const unsigned long long value = std::strtoull(text, nullptr, radix);
-        std::memcpy(buffer, &value, 8);
-    }
+    const int radix = format == text_helpers::kNumberOctal ? 8 : format == text_helpers::kNumberHex ? 16 : 10;
+    if (code == 4)
+        frame::storeAs<int64_t>(buffer, std::strtoll(text, nullptr, radix));
+    else
+        frame::storeAs<uint64_t>(buffer, std::strtoull(text, nullptr, radix));
     return SM_STATUS_SUCCESS;
-}
-
-template <class T> void store(void *buffer, T value) noexcept
-{
-    std::memcpy(buffer, &value, sizeof value);
 }
 
 // The low width bytes of a 32-bit value, in host order: the same bytes for a
@@ -115,11 +103,11 @@ template <class T> void store(void *buffer, T value) noexcept
 void storeNarrowed(void *buffer, uint32_t width, uint32_t value) noexcept
 {
     if (width == 1)
-        store(buffer, static_cast<uint8_t>(value));
+        frame::storeAs(buffer, static_cast<uint8_t>(value));
     else if (width == 2)
-        store(buffer, static_cast<uint16_t>(value));
+        frame::storeAs(buffer, static_cast<uint16_t>(value));
     else
-        store(buffer, value);
+        frame::storeAs(buffer, value);
 }
 
 int32_t parseInteger(const char *text, uint32_t code, uint32_t flag, void *buffer) noexcept
@@ -131,8 +119,8 @@ int32_t parseInteger(const char *text, uint32_t code, uint32_t flag, void *buffe
         return parse64(text, format, code, buffer);
     uint32_t status = 0;
     if (isSigned(code)) {
-        const int32_t value = text::textToInt32(text, format, &status);
-        if (status != 0)
+        const int32_t value = text_helpers::textToInt32(text, format, &status);
+        if (status != SM_STATUS_SUCCESS)
             return SM_STATUS_INVALID_PARAMETER;
         const int32_t limit = code == 1 ? INT8_MAX : INT16_MAX;
         if (code != 3 && value > limit)
@@ -142,8 +130,8 @@ int32_t parseInteger(const char *text, uint32_t code, uint32_t flag, void *buffe
         storeNarrowed(buffer, kWidth[code], static_cast<uint32_t>(value));
         return SM_STATUS_SUCCESS;
     }
-    const uint32_t value = text::textToUint32(text, format, &status);
-    if (status != 0)
+    const uint32_t value = text_helpers::textToUint32(text, format, &status);
+    if (status != SM_STATUS_SUCCESS)
         return SM_STATUS_INVALID_PARAMETER;
     if ((code == 5 && value > UINT8_MAX) || (code == 6 && value > UINT16_MAX))
         return SM_STATUS_VALUE_TOO_LARGE;
@@ -154,19 +142,19 @@ int32_t parseInteger(const char *text, uint32_t code, uint32_t flag, void *buffe
 // Byte strings: a digit string (two characters a byte, an odd last one alone)
 // or a comma-separated list of "%x" pieces. Null when a piece has no value or
 // a value above 255; *count gets the bytes.
-Owned<uint8_t> parseBytes(const char *text, bool list, uint32_t *count) noexcept
+frame::Owned<uint8_t> parseBytes(const char *text, bool list, uint32_t *count) noexcept
 {
     const auto length = static_cast<uint32_t>(std::strlen(text));
     if (!list) {
         uint32_t n = length;
-        Owned<uint8_t> bytes{text::hexStringParse(text, &n)};
+        frame::Owned<uint8_t> bytes{text_helpers::hexStringParse(text, &n)};
         if (bytes == nullptr || n != (length + 1) / 2)
             return nullptr;
         *count = n;
         return bytes;
     }
     const auto pieces = static_cast<uint32_t>(std::count(text, text + length, ',')) + 1;
-    Owned<uint8_t> bytes{static_cast<uint8_t *>(frame::allocate(pieces))};
+    frame::Owned<uint8_t> bytes = frame::allocateOwned<uint8_t>(pieces);
     if (bytes == nullptr)
         return nullptr;
     const char *p = text;
@@ -175,7 +163,7 @@ Owned<uint8_t> parseBytes(const char *text, bool list, uint32_t *count) noexcept
         if (end == nullptr)
             end = text + length;
         uint32_t value = 0;
-        if (!text::scanHex(p, end, &value) || value > UINT8_MAX)
+        if (!text_helpers::scanHex(p, end, &value) || value > UINT8_MAX)
             return nullptr;
         bytes.get()[i] = static_cast<uint8_t>(value);
         p = end + 1;
@@ -190,28 +178,28 @@ int32_t parseFixed(const char *text, void *buffer, uint32_t code, uint32_t flag)
     uint32_t status = 0;
     switch (code) {
     case kTypeBoolean: {
-        const uint32_t value = text::textToBoolean(text, &status);
-        if (status != 0)
+        const uint32_t value = text_helpers::textToBoolean(text, &status);
+        if (status != SM_STATUS_SUCCESS)
             return SM_STATUS_INVALID_PARAMETER;
-        store(buffer, static_cast<uint16_t>(value));
+        frame::storeAs(buffer, static_cast<uint16_t>(value));
         return SM_STATUS_SUCCESS;
     }
     case 9:
-        store(buffer, text::textToDoubleByFormat(text, text::kNumberDecimal, &status));
+        frame::storeAs(buffer, text_helpers::textToDoubleByFormat(text, text_helpers::kNumberDecimal, &status));
         return SM_STATUS_SUCCESS;
     case 10: {
         const auto *it =
             std::find_if(kLocales.begin(), kLocales.end(), [text](const Locale &l) { return l.name == text; });
         if (it == kLocales.end())
             return SM_STATUS_FAILURE;
-        store(buffer, it->code);
+        frame::storeAs(buffer, it->code);
         return SM_STATUS_SUCCESS;
     }
     case kTypeIpv4: {
         uint32_t address = 0;
         const int32_t result = net::ipv4FromText(text, &address);
         if (result == SM_STATUS_SUCCESS)
-            store(buffer, address);
+            frame::storeAs(buffer, address);
         return result;
     }
     default:
@@ -219,54 +207,30 @@ int32_t parseFixed(const char *text, void *buffer, uint32_t code, uint32_t flag)
     }
 }
 
+// The buffer is null only with a capacity of 0 (checked first), which a
+// byte string of no bytes fits: hence NullBuffer::capacityOnly there.
 int32_t parseVariable(const char *text, void *buffer, uint32_t *size, uint32_t code, uint32_t flag) noexcept
 {
-    const uint32_t capacity = *size;
-    if (code == kTypeUtf8) {
-        *size = static_cast<uint32_t>(std::strlen(text)) + 1;
-        if (capacity < *size)
-            return SM_STATUS_BUFFER_TOO_SMALL;
-        std::memcpy(buffer, text, *size);
-        return SM_STATUS_SUCCESS;
-    }
+    if (code == kTypeUtf8)
+        return frame::copyOutText(static_cast<char *>(buffer), size, text);
     if (code == kTypeUcs2) {
         uint32_t need = 0;
         if (const int32_t status = text::utf8ToUcs2(nullptr, &need, text); status != SM_STATUS_SUCCESS)
             return status;
-        *size = need;
-        if (capacity < need)
-            return SM_STATUS_BUFFER_TOO_SMALL;
+        if (const int32_t status = frame::reserveOut(buffer, size, need); status != SM_STATUS_SUCCESS)
+            return status;
         return text::utf8ToUcs2(static_cast<ucs2 *>(buffer), size, text);
     }
     if (code == kTypeBytes && flag != 0 && flag != kFlagHex)
         return SM_STATUS_BAD_ARGUMENT;
     uint32_t count = 0;
-    const Owned<uint8_t> bytes = parseBytes(text, code == kTypeBytes && flag == kFlagHex, &count);
+    const frame::Owned<uint8_t> bytes = parseBytes(text, code == kTypeBytes && flag == kFlagHex, &count);
     if (bytes == nullptr)
         return SM_STATUS_FAILURE;
-    *size = count;
-    if (capacity < count)
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    if (count != 0)
-        std::memcpy(buffer, bytes.get(), count);
-    return SM_STATUS_SUCCESS;
+    return frame::copyOutBytes(buffer, size, bytes.get(), count, frame::NullBuffer::capacityOnly);
 }
 
 // ---- Formatting -------------------------------------------------------------
-
-// Copies finished text into the caller's buffer, or reports what it needs.
-int32_t deliver(const char *produced, std::size_t length, char *text, uint32_t *size) noexcept
-{
-    const auto need = static_cast<uint32_t>(length + 1);
-    if (*size < need) {
-        *size = need;
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    }
-    std::memcpy(text, produced, length);
-    text[length] = '\0';
-    *size = need;
-    return SM_STATUS_SUCCESS;
-}
 
 // Codes 1-3 sign-extended, 5-7 zero-extended, as 32 bits.
 uint32_t load32(const void *value, uint32_t code) noexcept
@@ -290,7 +254,7 @@ void integerText(uint32_t bits, uint32_t code, uint32_t flag, char *work) noexce
 {
     switch (flag) {
     case kFlagBinary:
-        text::int32ToRadixText(static_cast<int32_t>(bits), work, 2);
+        text_helpers::int32ToRadixText(static_cast<int32_t>(bits), work, 2);
         break;
     case kFlagOctal:
         format::formatText(work, 33, "%o", bits);
@@ -341,26 +305,25 @@ int32_t formatFixed(const void *value, char *text, uint32_t *size, uint32_t code
     char work[330];
     switch (code) {
     case kTypeBoolean:
-        return deliver(frame::loadAs<uint16_t>(value) == 1 ? "true" : "false",
-                       frame::loadAs<uint16_t>(value) == 1 ? 4 : 5, text, size);
+        return frame::copyOutText(text, size, frame::loadAs<uint16_t>(value) == 1 ? "true" : "false");
     case 4:
-        text::int64ToDecimal(work, frame::loadAs<int64_t>(value));
+        text_helpers::int64ToDecimal(work, frame::loadAs<int64_t>(value));
         break;
     case 8:
-        text::uint64ToDecimal(work, frame::loadAs<uint64_t>(value));
+        text_helpers::uint64ToDecimal(work, frame::loadAs<uint64_t>(value));
         break;
     case 9:
-        text::doubleToText(work, sizeof work, frame::loadAs<double>(value));
+        text_helpers::doubleToText(work, sizeof work, frame::loadAs<double>(value));
         break;
     case 10: {
         const uint32_t id = frame::loadAs<uint32_t>(value);
         const auto *it = std::find_if(kLocales.begin(), kLocales.end(), [id](const Locale &l) { return l.code == id; });
         const std::string_view name = it == kLocales.end() ? kLocales[2].name : it->name;
-        return deliver(name.data(), name.size(), text, size);
+        return frame::copyOutText(text, size, name);
     }
     case kTypeTime: {
         const time_t t = frame::loadAs<int32_t>(value);
-        if (text::timeToText(&t, work, sizeof work) != 0)
+        if (text_helpers::timeToText(&t, work, sizeof work) != SM_STATUS_SUCCESS)
             return SM_STATUS_FAILURE;
         break;
     }
@@ -368,7 +331,7 @@ int32_t formatFixed(const void *value, char *text, uint32_t *size, uint32_t code
         integerText(load32(value, code), code, flag, work);
         break;
     }
-    return deliver(work, std::strlen(work), text, size);
+    return frame::copyOutText(text, size, work);
 }
 
 // The UCS-2 text of a value of size bytes. A value from elsewhere (another
@@ -399,7 +362,7 @@ int32_t formatVariable(const void *value, uint32_t valueSize, char *text, uint32
     const auto *bytes = static_cast<const uint8_t *>(value);
     if (code == kTypeUtf8) {
         const auto *s = static_cast<const char *>(value);
-        return deliver(s, valueSize == 0 ? std::strlen(s) : strnlen(s, valueSize), text, size);
+        return frame::copyOutText(text, size, {s, valueSize == 0 ? std::strlen(s) : strnlen(s, valueSize)});
     }
     if (code == kTypeUcs2) {
         uint32_t need = 0;
@@ -409,10 +372,8 @@ int32_t formatVariable(const void *value, uint32_t valueSize, char *text, uint32
             return SM_STATUS_NO_MEMORY;
         if (const int32_t status = text::ucs2ToUtf8(nullptr, &need, units); status != SM_STATUS_SUCCESS)
             return status;
-        if (*size < need) {
-            *size = need;
-            return SM_STATUS_BUFFER_TOO_SMALL;
-        }
+        if (const int32_t status = frame::reserveOut(text, size, need); status != SM_STATUS_SUCCESS)
+            return status;
         return text::ucs2ToUtf8(text, size, units);
     }
     if (code == kTypeIpv4)
@@ -420,18 +381,18 @@ int32_t formatVariable(const void *value, uint32_t valueSize, char *text, uint32
     if (code == kTypeHexBytes && valueSize > kHexBytesLimit)
         return SM_STATUS_FAILURE;
     uint32_t length = valueSize;
-    Owned<char> produced;
+    frame::Owned<char> produced;
     if (code == kTypeHexBytes || flag == 0)
-        produced.reset(text::hexStringText(bytes, &length));
+        produced.reset(text_helpers::hexStringText(bytes, &length));
     else if (flag == kFlagHex)
-        produced.reset(text::byteListText(bytes, &length));
+        produced.reset(text_helpers::byteListText(bytes, &length));
     else if (flag == kFlagBinary)
-        produced.reset(text::hexDumpText(bytes, &length, 0));
+        produced.reset(text_helpers::hexDumpText(bytes, &length, 0));
     else
         return SM_STATUS_BAD_ARGUMENT;
     if (produced == nullptr)
         return SM_STATUS_FAILURE;
-    return deliver(produced.get(), std::strlen(produced.get()), text, size);
+    return frame::copyOutText(text, size, produced.get());
 }
 
 }  // namespace
@@ -446,10 +407,8 @@ int32_t textToTypeValue(const char *text, void *buffer, uint32_t *size, uint32_t
         return SM_STATUS_BAD_ARGUMENT;
     if (kWidth[code] == 0)
         return parseVariable(text, buffer, size, code, flag);
-    const uint32_t capacity = *size;
-    *size = kWidth[code];
-    if (capacity < kWidth[code])
-        return SM_STATUS_BUFFER_TOO_SMALL;
+    if (const int32_t status = frame::reserveOut(buffer, size, kWidth[code]); status != SM_STATUS_SUCCESS)
+        return status;
     return parseFixed(text, buffer, code, flag);
 }
 
@@ -465,10 +424,9 @@ int32_t typeValueToText(const void *value, uint32_t valueSize, char *text, uint3
         return SM_STATUS_INVALID_PARAMETER;
     if (code == kTypeIpv4 || kWidth[code] == 0)
         return formatVariable(value, valueSize, text, size, code, flag);
-    if (const uint32_t minimum = minimumCapacity(code, flag, value); *size < minimum) {
-        *size = minimum;
-        return SM_STATUS_BUFFER_TOO_SMALL;
-    }
+    if (const int32_t status = frame::requireCapacity(size, minimumCapacity(code, flag, value));
+        status != SM_STATUS_SUCCESS)
+        return status;
     return formatFixed(value, text, size, code, flag);
 }
 

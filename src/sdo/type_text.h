@@ -6,15 +6,17 @@
 
 namespace zksupt::sdo {
 
-// The value-type codes whose handling differs.
-inline constexpr uint32_t kTypeBoolean = 0;
-inline constexpr uint32_t kTypeTime = 11;
-inline constexpr uint32_t kTypeBytes = 12;
-inline constexpr uint32_t kTypeUtf8 = 13;
-inline constexpr uint32_t kTypeUcs2 = 14;
-inline constexpr uint32_t kTypeIpv4 = 15;
-inline constexpr uint32_t kTypeHexBytes = 16;
-inline constexpr uint32_t kLastTypeCode = 16;
+// The value-type codes (bits 0-7 of the type word) whose handling differs.
+enum TypeCode : uint32_t {
+    kTypeBoolean = 0,
+    kTypeTime = 11,
+    kTypeBytes = 12,
+    kTypeUtf8 = 13,
+    kTypeUcs2 = 14,
+    kTypeIpv4 = 15,
+    kTypeHexBytes = 16,
+    kLastTypeCode = 16,
+};
 
 // Format flags (bits 8-15 of the type word).
 inline constexpr uint32_t kFlagBinary = 0x100;

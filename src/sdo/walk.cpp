@@ -27,7 +27,7 @@ class Walker {
         // A nested block that claims more than the value holding it is
         // malformed, as is a slot or value outside its block.
         const Block block = openBlock(bytes, limit);
-        if (!block.valid() || block.size < load16(block.bytes + 6) || !spend())
+        if (!block.valid() || block.size < frame::loadAs<uint16_t>(block.bytes + 6) || !spend())
             return SM_STATUS_INVALID_PARAMETER;
         if (block.count == 0)
             return SM_STATUS_SUCCESS;

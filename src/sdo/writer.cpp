@@ -28,7 +28,7 @@ class Writer {
     {
         uint8_t *slot = out_ + slot_;
         std::memset(slot, 0, kSlotSize);
-        store16(slot, entry.id);
+        frame::storeAs<uint16_t>(slot, entry.id);
         slot[2] = entry.type;
         if (baseOf(entry.type) == kBaseNested) {
             const uint64_t payload = payloadOf(entry.type, entry.data(), entry.dataSize);
@@ -64,8 +64,8 @@ class Writer {
 
     void placeOutOfLine(uint8_t *slot, uint32_t length) noexcept
     {
-        store16(slot + 4, static_cast<uint16_t>(length));
-        store16(slot + 6, static_cast<uint16_t>(end_ - slot_));
+        frame::storeAs<uint16_t>(slot + 4, static_cast<uint16_t>(length));
+        frame::storeAs<uint16_t>(slot + 6, static_cast<uint16_t>(end_ - slot_));
         slot[3] = kOutOfLine;
         end_ += length;
     }

@@ -11,10 +11,11 @@ namespace zksupt::sync {
 
 class Mutex {
   public:
-    // Constant-initialised: a Mutex at namespace scope exists before the
-    // first attach and after the last detach.
+    // Constant-initialised and never destroyed: a Mutex at namespace scope
+    // exists before the first attach and after the last detach, even when
+    // the unload destructor runs after static objects are gone at exit. A
+    // default-attribute mutex holds no resource that destroying would free.
     constexpr Mutex() noexcept = default;
-    ~Mutex() { ::pthread_mutex_destroy(&mutex_); }
     Mutex(const Mutex &) = delete;
     Mutex &operator=(const Mutex &) = delete;
 
@@ -32,16 +33,25 @@ class Mutex {
     pthread_mutex_t mutex_ = PTHREAD_MUTEX_INITIALIZER;
 };
 
-// Holds a Mutex for a scope.
+// Holds a Mutex for a scope. A guard made with take false holds nothing: a
+// module's lock that calls made while the module is stopped go without.
 class Guard {
   public:
-    explicit Guard(Mutex &mutex) noexcept : mutex_(mutex) { mutex_.lock(); }
-    ~Guard() { mutex_.unlock(); }
+    explicit Guard(Mutex &mutex, bool take = true) noexcept : mutex_(take ? &mutex : nullptr)
+    {
+        if (mutex_ != nullptr)
+            mutex_->lock();
+    }
+    ~Guard()
+    {
+        if (mutex_ != nullptr)
+            mutex_->unlock();
+    }
     Guard(const Guard &) = delete;
     Guard &operator=(const Guard &) = delete;
 
   private:
-    Mutex &mutex_;
+    Mutex *mutex_;
 };
 
 }  // namespace zksupt::sync

@@ -3,8 +3,6 @@
 #include <zksupt/text.h>
 
 #include "text/convert.h"
-#include "text/escape.h"
-#include "text/sized_string.h"
 #include "text/ucs2_string.h"
 #include "text/utf8_string.h"
 
@@ -37,7 +35,6 @@ ucs2 *SMUCS2Strrev(ucs2 *s) noexcept { return tx::ucs2Reverse(s); }
 
 int32_t SMUCS2StrToUTF8Str(char *dst, uint32_t *size, const ucs2 *src) noexcept { return tx::ucs2ToUtf8(dst, size, src); }
 int32_t SMUTF8StrToUCS2Str(ucs2 *dst, uint32_t *size, const char *src) noexcept { return tx::utf8ToUcs2(dst, size, src); }
-int32_t SMUCS2ToEscape(char *dst, uint32_t *size, const ucs2 *src) noexcept { return tx::escapeUcs2(dst, size, src); }
 
 char *SMUTF8StrUpperCase(char *s) noexcept { return tx::utf8UpperCase(s); }
 char *SMUTF8StrLowerCase(char *s) noexcept { return tx::utf8LowerCase(s); }
@@ -48,21 +45,6 @@ char *SMUTF8trim(char *s) noexcept { return tx::utf8Trim(s); }
 char *SMUTF8Strdup(const char *s) noexcept { return tx::utf8Duplicate(s); }
 int32_t SMUTF8Strnicmp(const char *a, const char *b, uint32_t n) noexcept { return tx::utf8CompareFoldedN(a, b, n); }
 char *SMUTF8Strstri(const char *s, const char *sub) noexcept { return tx::utf8FindCaseless(s, sub); }
-
-// The appenders answer with the record's buffer whatever happened; callers
-// that must notice a failure compare lengths.
-void *SMSSUCS2StrAlloc(SMSizedString *rec, uint32_t bytes) noexcept { return tx::sizedAllocUcs2(rec, bytes); }
-void *SMSSUTF8StrAlloc(SMSizedString *rec, uint32_t bytes) noexcept { return tx::sizedAllocUtf8(rec, bytes); }
-void *SMSSUCS2StrCatUCS2Str(SMSizedString *rec, const ucs2 *src) noexcept { tx::appendUcs2(rec, src, 0); return tx::sizedBuffer(rec); }
-void *SMSSUCS2StrNCatUCS2Str(SMSizedString *rec, const ucs2 *src, uint32_t n) noexcept { tx::appendUcs2(rec, src, n); return tx::sizedBuffer(rec); }
-void *SMSSUTF8StrCatUTF8Str(SMSizedString *rec, const char *src) noexcept { tx::appendUtf8(rec, src, 0); return tx::sizedBuffer(rec); }
-void *SMSSUTF8StrNCatUTF8Str(SMSizedString *rec, const char *src, uint32_t n) noexcept { tx::appendUtf8(rec, src, n); return tx::sizedBuffer(rec); }
-void *SMSSUCS2StrCatUTF8Str(SMSizedString *rec, const char *src) noexcept { tx::appendUtf8AsUcs2(rec, src, 0); return tx::sizedBuffer(rec); }
-void *SMSSUCS2StrNCatUTF8Str(SMSizedString *rec, const char *src, uint32_t n) noexcept { tx::appendUtf8AsUcs2(rec, src, n); return tx::sizedBuffer(rec); }
-void *SMSSUTF8StrCatUCS2Str(SMSizedString *rec, const ucs2 *src) noexcept { tx::appendUcs2AsUtf8(rec, src, 0); return tx::sizedBuffer(rec); }
-void *SMSSUTF8StrNCatUCS2Str(SMSizedString *rec, const ucs2 *src, uint32_t n) noexcept { tx::appendUcs2AsUtf8(rec, src, n); return tx::sizedBuffer(rec); }
-void SMSSUCS2StrFree(SMSizedString *rec) noexcept { tx::sizedFree(rec); }
-void SMSSUTF8StrFree(SMSizedString *rec) noexcept { tx::sizedFree(rec); }
 
 }  // extern "C"
 // clang-format on

@@ -1,5 +1,5 @@
-// The UCS-2 string family: the C library's narrow string functions for
-// 16-bit units. A unit argument is taken from the low 16 bits of a 32-bit
+// The UCS-2 string family (ucs2_string.cpp, the tokenizer in tokenizer.cpp):
+// the C library's narrow string functions for 16-bit units. A unit argument is taken from the low 16 bits of a 32-bit
 // value. Pointers are not checked: they are the caller's to get right.
 #pragma once
 
@@ -28,7 +28,7 @@ ucs2 *ucs2Fill(ucs2 *s, uint32_t c) noexcept;
 ucs2 *ucs2FillN(ucs2 *s, uint32_t c, uint32_t n) noexcept;
 ucs2 *ucs2Reverse(ucs2 *s) noexcept;
 
-// The tokenizer. Its saved position is a single process-wide pointer, shared
+// tokenizer.cpp. The tokenizer. Its saved position is a single process-wide pointer, shared
 // by every thread and both exported entries: tokenizing two strings at once
 // makes them disturb each other, which callers of this library expect.
 ucs2 *ucs2Tokenize(ucs2 *s, const ucs2 *delims) noexcept;

@@ -9,9 +9,11 @@
 #include <zksupt/status.h>
 
 #include "frame/memory.h"
+#include "frame/owned.h"
+#include "frame/unaligned.h"
 #include "sdo/type_text.h"
 #include "text/convert.h"
-#include "text/sized_string.h"
+#include "text_helpers/sized_string.h"
 
 namespace zksupt::xml {
 namespace {
@@ -26,15 +28,12 @@ constexpr uint32_t kUcs2Pointer = 49;
 constexpr uint32_t kUtf8PointerToo = 50;
 constexpr uint32_t kFirstUnknownType = 51;
 
-struct Release {
-    void operator()(void *p) const noexcept { frame::release(p); }
-};
-using Text = std::unique_ptr<char, Release>;
+using Text = frame::Owned<char>;
 
 void append(SMXGBuf *buffer, std::string_view s) noexcept
 {
     if (!s.empty())
-        text::appendUtf8(buffer, s.data(), static_cast<uint32_t>(s.size()));
+        text_helpers::appendUtf8(buffer, s.data(), static_cast<uint32_t>(s.size()));
 }
 
 // The first text buffer for a translated type; 0 lets the translation report
@@ -42,12 +41,9 @@ void append(SMXGBuf *buffer, std::string_view s) noexcept
 int64_t firstTextSize(uint32_t type, const void *value, uint32_t size) noexcept
 {
     switch (type) {
-    case sdo::kTypeBoolean: {
-        uint16_t b = 0;
-        if (size >= sizeof b)  // else the translation refuses the value
-            std::memcpy(&b, value, sizeof b);
-        return b == 1 ? 5 : 6;
-    }
+    case sdo::kTypeBoolean:
+        // A shorter value is refused by the translation.
+        return size >= sizeof(uint16_t) && frame::loadAs<uint16_t>(value) == 1 ? 5 : 6;
     case 1:
     case 2:
     case 3:
@@ -81,8 +77,8 @@ int64_t firstTextSize(uint32_t type, const void *value, uint32_t size) noexcept
 // One escaping pass over length bytes: runs without specials are appended whole.
 Text escapeOnce(const char *s, uint32_t length, uint32_t capacity, uint32_t *produced) noexcept
 {
-    SMSizedString out{};
-    if (text::sizedAllocUtf8(&out, std::max<uint32_t>(capacity, 1)) == nullptr)
+    text_helpers::OwnedSizedString out;
+    if (text_helpers::sizedAllocUtf8(out.get(), std::max<uint32_t>(capacity, 1)) == nullptr)
         return nullptr;
     const char *run = s;
     const char *const end = s + length;
@@ -108,18 +104,16 @@ Text escapeOnce(const char *s, uint32_t length, uint32_t capacity, uint32_t *pro
         default:
             continue;
         }
-        ok = (p == run || text::appendUtf8(&out, run, static_cast<uint32_t>(p - run))) &&
-             text::appendUtf8(&out, entity.data(), static_cast<uint32_t>(entity.size()));
+        ok = (p == run || text_helpers::appendUtf8(out.get(), run, static_cast<uint32_t>(p - run))) &&
+             text_helpers::appendUtf8(out.get(), entity.data(), static_cast<uint32_t>(entity.size()));
         run = p + 1;
     }
     if (ok && run < end)
-        ok = text::appendUtf8(&out, run, static_cast<uint32_t>(end - run));
-    if (!ok) {
-        text::sizedFree(&out);
+        ok = text_helpers::appendUtf8(out.get(), run, static_cast<uint32_t>(end - run));
+    if (!ok)
         return nullptr;
-    }
-    *produced = out.length;
-    return Text{static_cast<char *>(out.buf)};
+    *produced = out->length;
+    return Text{static_cast<char *>(out.release())};
 }
 
 // count passes, each over the one before; *length in and out.
@@ -151,7 +145,7 @@ int32_t appendUcs2(SMXGBuf *buffer, const ucs2 *units, const SMXGValueOptions *o
     uint32_t need = 0;
     if (text::ucs2ToUtf8(nullptr, &need, units) != SM_STATUS_SUCCESS)
         return SM_STATUS_FAILURE;
-    const Text utf8{static_cast<char *>(frame::allocate(need))};
+    const Text utf8 = frame::allocateOwned<char>(need);
     if (utf8 == nullptr || text::ucs2ToUtf8(utf8.get(), &need, units) != SM_STATUS_SUCCESS)
         return SM_STATUS_FAILURE;
     appendString(buffer, utf8.get(), need - 1, options);
@@ -167,12 +161,12 @@ int32_t appendTranslated(SMXGBuf *buffer, const void *value, uint32_t size, uint
         return SM_STATUS_FAILURE;
     const uint32_t word = type | (options == nullptr ? 0u : options->formatFlags);
     auto capacity = static_cast<uint32_t>(first);
-    Text work{static_cast<char *>(frame::allocate(std::max<uint32_t>(capacity, 1)))};
+    Text work = frame::allocateOwned<char>(std::max<uint32_t>(capacity, 1));
     if (work == nullptr)
         return SM_STATUS_NO_MEMORY;
     int32_t status = sdo::typeValueToText(value, size, work.get(), &capacity, word);
     if (status == SM_STATUS_BUFFER_TOO_SMALL) {
-        work.reset(static_cast<char *>(frame::allocate(capacity)));
+        work = frame::allocateOwned<char>(capacity);
         if (work == nullptr)
             return SM_STATUS_NO_MEMORY;
         status = sdo::typeValueToText(value, size, work.get(), &capacity, word);
@@ -200,23 +194,21 @@ int32_t openTag(SMXGBuf *buffer, const char *name, const SMXGBuf *attributes, st
 
 SMXGBuf *allocBuffer(uint32_t capacity, int32_t declaration) noexcept
 {
-    auto *buffer = static_cast<SMXGBuf *>(frame::allocate(sizeof(SMXGBuf)));
+    frame::Owned<SMXGBuf> buffer = frame::allocateOwned<SMXGBuf>(sizeof(SMXGBuf));
     if (buffer == nullptr)
         return nullptr;
     *buffer = SMXGBuf{};
-    if (reallocContent(buffer, std::max(capacity, kMinimumCapacity), declaration) == nullptr) {
-        frame::release(buffer);
+    if (reallocContent(buffer.get(), std::max(capacity, kMinimumCapacity), declaration) == nullptr)
         return nullptr;
-    }
-    return buffer;
+    return buffer.release();
 }
 
 char *reallocContent(SMXGBuf *buffer, uint32_t capacity, int32_t declaration) noexcept
 {
     if (buffer == nullptr)
         return nullptr;
-    text::sizedFree(buffer);
-    if (text::sizedAllocUtf8(buffer, capacity) == nullptr)
+    text_helpers::sizedFree(buffer);
+    if (text_helpers::sizedAllocUtf8(buffer, capacity) == nullptr)
         return nullptr;
     if (declaration == 1)
         append(buffer, kDeclaration);
@@ -226,7 +218,7 @@ char *reallocContent(SMXGBuf *buffer, uint32_t capacity, int32_t declaration) no
 SMXGBuf *freeBuffer(SMXGBuf *buffer) noexcept
 {
     if (buffer != nullptr) {
-        text::sizedFree(buffer);
+        text_helpers::sizedFree(buffer);
         frame::release(buffer);
     }
     return nullptr;
@@ -290,7 +282,7 @@ int32_t nodeValue(SMXGBuf *buffer, const void *value, uint32_t size, uint32_t ty
     if (type >= kFirstUnknownType)
         return SM_STATUS_FAILURE;
     if (type == kUtf8Pointer || type == kUtf8PointerToo || type == kUcs2Pointer) {
-        std::memcpy(&value, value, sizeof value);
+        value = frame::loadAs<const void *>(value);
         if (value == nullptr)
             return SM_STATUS_NOT_FOUND;
     }

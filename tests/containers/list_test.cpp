@@ -69,7 +69,7 @@ using Families = ::testing::Types<Singly, Doubly>;
 TYPED_TEST_SUITE(Lists, Families);
 
 // {step, value, the list after}. i: ordered insert; I: one refused for an equal key
-// (0x102); h, t: insert at head, at tail; r: replace the first entry holding value by
+// (DUPLICATE); h, t: insert at head, at tail; r: replace the first entry holding value by
 // a new one holding value + 10; u: unlink the first entry holding value; H, T: remove
 // at head, at tail; c: make the header empty again.
 // clang-format off
@@ -116,7 +116,7 @@ TYPED_TEST(Lists, RunThroughTheScript)
             left = (step == 'H' ? TypeParam::removeHead : TypeParam::removeTail)(list);
         else
             TypeParam::init(list);
-        EXPECT_EQ(result, step == 'I' ? 0x102 : 0);
+        EXPECT_EQ(result, step == 'I' ? SM_STATUS_DUPLICATE : SM_STATUS_SUCCESS);
         EXPECT_EQ(left, std::strchr("iIhtc", step) != nullptr ? nullptr : leaving) << step << key;
         EXPECT_TRUE(left == nullptr || left->next == next) << step << key;
         EXPECT_EQ(this->values(), after) << step << key;
@@ -138,8 +138,8 @@ TYPED_TEST(Lists, EntriesCarryTheirDataAreaAndNullArgumentsAreRefused)
     EXPECT_TRUE(sizeof(void *) > 4 || TypeParam::entryAlloc(UINT32_MAX) == nullptr)
         << "the block size must not wrap around";
     int key = 1;
-    EXPECT_EQ(TypeParam::insert(nullptr, bare, &key, this->compare), 0x10F);
-    EXPECT_EQ(TypeParam::insert(this->header, bare, nullptr, this->compare), 0x10F);
+    EXPECT_EQ(TypeParam::insert(nullptr, bare, &key, this->compare), SM_STATUS_INVALID_PARAMETER);
+    EXPECT_EQ(TypeParam::insert(this->header, bare, nullptr, this->compare), SM_STATUS_INVALID_PARAMETER);
     TypeParam::entryFree(bare);
 }
 

@@ -55,7 +55,8 @@ TEST(RedBlackTree, RandomInsertsReplacesAndDeletesKeepTheInvariants)
         int *fresh = present && found->second == &values[key] ? &values[key + kKeys] : &values[key];
         const unsigned operation = random() % 10;
         if (operation < 5) {
-            ASSERT_EQ(SMRedBlackTreeDataInsert(&tree, fresh, &key, compareInts), present ? 0x102 : 0);
+            ASSERT_EQ(SMRedBlackTreeDataInsert(&tree, fresh, &key, compareInts),
+                      present ? SM_STATUS_DUPLICATE : SM_STATUS_SUCCESS);
             model.emplace(key, fresh);
         } else if (operation < 7) {
             ASSERT_EQ(SMRedBlackTreeDataReplace(&tree, fresh, &key, compareInts), present ? found->second : nullptr);
@@ -67,7 +68,8 @@ TEST(RedBlackTree, RandomInsertsReplacesAndDeletesKeepTheInvariants)
                 matched = valueOf(matched->data) > key ? matched->left : matched->right;
             // A node with two children stays and takes its successor's data.
             const bool twoChildren = matched != nullptr && matched->left != nullptr && matched->right != nullptr;
-            ASSERT_EQ(SMRedBlackTreeDataDelete(&tree, &key, compareInts), present ? 0 : 0x100);
+            ASSERT_EQ(SMRedBlackTreeDataDelete(&tree, &key, compareInts),
+                      present ? SM_STATUS_SUCCESS : SM_STATUS_NOT_FOUND);
             ASSERT_TRUE(!twoChildren || matched->data == std::next(found)->second) << "not the successor's data";
             model.erase(key);
         }
@@ -115,7 +117,7 @@ TEST(RedBlackTree, WalksInEveryOrderDeletesChildrenFirstAndRefusesNullArguments)
     RedBlackTree tree = &foreign;
     SMRedBlackTreeDetach(&tree);  // frees nothing: the node is not the tree's
     for (int &value : up)
-        ASSERT_EQ(SMRedBlackTreeDataInsert(&tree, &value, &value, compareInts), 0);
+        ASSERT_EQ(SMRedBlackTreeDataInsert(&tree, &value, &value, compareInts), SM_STATUS_SUCCESS);
     preorder(tree, true, left);
     preorder(tree, false, right);
     const std::vector<int> down(up.rbegin(), up.rend());
@@ -143,9 +145,9 @@ TEST(RedBlackTree, WalksInEveryOrderDeletesChildrenFirstAndRefusesNullArguments)
     int *key = &up[0];
     EXPECT_EQ(SMRedBlackTreeIsEmpty(tree), 1);
     EXPECT_EQ(SMRedBlackTreeDataWalk(tree, key, compareInts, 0), nullptr);
-    EXPECT_EQ(SMRedBlackTreeDataDelete(&tree, key, compareInts), 0x100);
-    EXPECT_EQ(SMRedBlackTreeDataInsert(nullptr, key, key, compareInts), 0x10F);
-    EXPECT_EQ(SMRedBlackTreeDataDelete(nullptr, key, compareInts), 0x10F);
+    EXPECT_EQ(SMRedBlackTreeDataDelete(&tree, key, compareInts), SM_STATUS_NOT_FOUND);
+    EXPECT_EQ(SMRedBlackTreeDataInsert(nullptr, key, key, compareInts), SM_STATUS_INVALID_PARAMETER);
+    EXPECT_EQ(SMRedBlackTreeDataDelete(nullptr, key, compareInts), SM_STATUS_INVALID_PARAMETER);
 }
 
 // The typed tree that the library's own tables use: it owns its items.
@@ -166,10 +168,10 @@ TEST(TypedTree, OwnsItsItemsAndFindsThemByKey)
     {
         Items items;
         for (std::string_view name : {"mutex", "event", "lock", "shm"})
-            EXPECT_EQ(items.emplace(name, name, static_cast<int>(name.size())).status, 0);
-        EXPECT_EQ(items.emplace("lock", "lock", 0).status, 0x102);
-        EXPECT_EQ(items.erase("event"), 0);
-        EXPECT_EQ(items.erase("event"), 0x100);
+            EXPECT_EQ(items.emplace(name, name, static_cast<int>(name.size())).status, SM_STATUS_SUCCESS);
+        EXPECT_EQ(items.emplace("lock", "lock", 0).status, SM_STATUS_DUPLICATE);
+        EXPECT_EQ(items.erase("event"), SM_STATUS_SUCCESS);
+        EXPECT_EQ(items.erase("event"), SM_STATUS_NOT_FOUND);
         EXPECT_EQ(alive, 3) << "refused and erased items are destroyed";
         std::vector<std::string> names;
         items.forEach([&names](Item &item) { names.push_back(item.name); });

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include <zksupt/digest.h>
+#include <zksupt/status.h>
 
 #include "digest/crc32.h"
 
@@ -90,7 +91,7 @@ TEST(GenerateCrc32, TestsTheWholeByteAndCountsBytesPastTheLengthAsZeros)
 std::string encode(const void *data, uint32_t length, const char *alphabet = nullptr)
 {
     std::string text(4 * ((length + 2) / 3) + 4, '#');
-    EXPECT_EQ(SMBase64Encode(text.data(), static_cast<const uint8_t *>(data), length, alphabet), 0);
+    EXPECT_EQ(SMBase64Encode(text.data(), static_cast<const uint8_t *>(data), length, alphabet), SM_STATUS_SUCCESS);
     EXPECT_EQ(text.substr(text.size() - 4), std::string("\0###", 4)) << "terminator or size wrong";
     return text.substr(0, text.size() - 4);
 }
@@ -100,7 +101,7 @@ void expectDecodes(const std::string &text, Bytes expected)
 {
     const auto length = static_cast<uint32_t>(text.size());
     Bytes bytes(3 * (length / 4) + 4, 0xEE);
-    EXPECT_EQ(SMBase64Decode(bytes.data(), text.data(), length), 0);
+    EXPECT_EQ(SMBase64Decode(bytes.data(), text.data(), length), SM_STATUS_SUCCESS);
     expected.push_back(0);
     expected.resize(bytes.size(), 0xEE);
     EXPECT_EQ(bytes, expected) << '"' << text << '"';

@@ -15,7 +15,6 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -29,6 +28,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+using zksupt::test::readFile;
 using Transfer = int32_t (*)(const char *, const char *, int32_t);
 const std::string kNameAlphabet = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
 
@@ -42,12 +42,6 @@ std::string write(const std::string &name, const std::string &contents, mode_t m
     std::ofstream(at(name), std::ios::binary) << contents;
     fs::permissions(at(name), static_cast<fs::perms>(mode));
     return at(name);
-}
-
-std::string read(const std::string &path)
-{
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
 }
 
 // Bytes of every value, in an order that differs from seed to seed.
@@ -111,24 +105,26 @@ TEST_F(FileOps, CopyAndAppendOutcomesWithTheBytesAndModesTheyLeave)
     fs::create_hard_link(at("source"), at("same"));
     enum Leaves { nothing, kept, copied, appended, emptied };
     const std::string leftBytes[] = {"", old, source, old + source, ""};
+    constexpr int32_t kOk = SM_STATUS_SUCCESS, kExists = SM_STATUS_DESTINATION_EXISTS, kFailed = SM_STATUS_FAILURE;
+    constexpr int32_t kMissing = SM_STATUS_FILE_NOT_FOUND;
     const std::tuple<Transfer, const char *, const char *, int32_t, int32_t, Leaves> rows[] = {
-        {SMFileCopy, "source", "new", 0, 0, copied},
-        {SMFileCopyAndSync, "source", "old", 1, 0, copied},
-        {SMFileCopyAndSync, "source", "old", 0, 0x14, kept},
-        {SMFileCopy, "missing", "old", 0, 0x14, kept},     // checked before the source is opened
-        {SMFileCopy, "source", "link", 0, 0x14, nothing},  // a link that leads nowhere takes the name
-        {SMFileCopy, "missing", "new", 1, 7, nothing},
-        {SMFileCopy, "folder", "old", 1, -1, emptied},  // opens, but reading fails after the truncation
-        {SMFileCopy, "source", "no/new", 1, -1, nothing},
-        {SMFileAppend, "source", "old", 0, 0, appended},  // an existing file keeps its mode
-        {SMFileAppend, "source", "new", 0, 7, nothing},
-        {SMFileAppendAndSync, "source", "new", 1, 0, copied},
-        {SMFileAppend, "source", "no/new", 1, -1, nothing},
+        {SMFileCopy, "source", "new", 0, kOk, copied},
+        {SMFileCopyAndSync, "source", "old", 1, kOk, copied},
+        {SMFileCopyAndSync, "source", "old", 0, kExists, kept},
+        {SMFileCopy, "missing", "old", 0, kExists, kept},     // checked before the source is opened
+        {SMFileCopy, "source", "link", 0, kExists, nothing},  // a link that leads nowhere takes the name
+        {SMFileCopy, "missing", "new", 1, kMissing, nothing},
+        {SMFileCopy, "folder", "old", 1, kFailed, emptied},  // opens, but reading fails after the truncation
+        {SMFileCopy, "source", "no/new", 1, kFailed, nothing},
+        {SMFileAppend, "source", "old", 0, kOk, appended},  // an existing file keeps its mode
+        {SMFileAppend, "source", "new", 0, kMissing, nothing},
+        {SMFileAppendAndSync, "source", "new", 1, kOk, copied},
+        {SMFileAppend, "source", "no/new", 1, kFailed, nothing},
         // The source itself, under its own name or another, is refused whole.
-        {SMFileCopy, "source", "source", 1, 0x10F, copied},
-        {SMFileCopyAndSync, "source", "folder/../source", 1, 0x10F, copied},
-        {SMFileAppend, "same", "source", 0, 0x10F, copied},
-        {SMFileAppendAndSync, "source", "folder/../same", 1, 0x10F, copied},
+        {SMFileCopy, "source", "source", 1, SM_STATUS_INVALID_PARAMETER, copied},
+        {SMFileCopyAndSync, "source", "folder/../source", 1, SM_STATUS_INVALID_PARAMETER, copied},
+        {SMFileAppend, "same", "source", 0, SM_STATUS_INVALID_PARAMETER, copied},
+        {SMFileAppendAndSync, "source", "folder/../same", 1, SM_STATUS_INVALID_PARAMETER, copied},
     };
     // Should a file ever be appended to itself without end, the file-size
     // limit stops it with a failed write long before the disk is full.
@@ -141,7 +137,7 @@ TEST_F(FileOps, CopyAndAppendOutcomesWithTheBytesAndModesTheyLeave)
         const int descriptors = openDescriptors();
         EXPECT_EQ(call(at(from).c_str(), at(to).c_str(), flag), status);
         EXPECT_EQ(openDescriptors(), descriptors) << "every descriptor is closed";
-        const std::string left = read(at(to));
+        const std::string left = readFile(at(to));
         EXPECT_TRUE(left == leftBytes[leaves]) << left.size() << " bytes left";
         const fs::perms mode = leaves == nothing ? fs::perms::unknown : fs::perms(leaves == copied ? 0640 : 0604);
         EXPECT_EQ(fs::status(at(to)).permissions(), mode) << "unknown: no file there";
@@ -159,15 +155,16 @@ TEST_F(FileOps, WriteFailuresKeepWhatWasWritten)
     const auto underLimit = [&] {
         ::signal(SIGXFSZ, SIG_IGN);
         const rlimit limit{10000, 10000};
-        if (::setrlimit(RLIMIT_FSIZE, &limit) != 0 || SMFileCopy(twoChunks.c_str(), at("short").c_str(), 1) != 0)
+        if (::setrlimit(RLIMIT_FSIZE, &limit) != 0 ||
+            SMFileCopy(twoChunks.c_str(), at("short").c_str(), 1) != SM_STATUS_SUCCESS)
             return 1;
         return SMFileCopy(source.c_str(), at("limited").c_str(), 1) == SM_STATUS_FAILURE ? 0 : 2;
     };
     EXPECT_EQ(zksupt::test::runInChild(underLimit), 0);
-    EXPECT_EQ(read(at("short")), contents.substr(0, 10000));
-    EXPECT_EQ(read(at("limited")), contents.substr(0, 10000));
+    EXPECT_EQ(readFile(at("short")), contents.substr(0, 10000));
+    EXPECT_EQ(readFile(at("limited")), contents.substr(0, 10000));
 
-    // A full disk is 0x13: a 32 KiB file system of our own, mounted in a
+    // A full disk is LIMIT_REACHED: a 32 KiB file system of our own, mounted in a
     // private mount namespace of a child, so that nobody else ever sees it.
     fs::create_directory(at("small"));
     const int result = zksupt::test::runInChild([&] {
@@ -175,7 +172,7 @@ TEST_F(FileOps, WriteFailuresKeepWhatWasWritten)
             ::mount("zksupt-test", at("small").c_str(), "tmpfs", 0, "size=32k") != 0)
             return 77;
         const int32_t status = SMFileCopy(source.c_str(), at("small/full").c_str(), 1);
-        const std::string kept = read(at("small/full"));
+        const std::string kept = readFile(at("small/full"));
         return status == SM_STATUS_LIMIT_REACHED && !kept.empty() && contents.starts_with(kept) ? 0 : 1;
     });
     if (result == 77)
@@ -194,11 +191,11 @@ TEST_F(FileOps, DirectoriesSizesDeletionAndMissingArguments)
     EXPECT_EQ(SMMkDir(plain.c_str()), SM_STATUS_SUCCESS) << "so is anything at the path";
     EXPECT_EQ(SMMkDir(at("missing/child").c_str()), SM_STATUS_FAILURE) << "no parents are made";
     EXPECT_EQ(SMMkDir((made + "/inner").c_str()), SM_STATUS_SUCCESS);
-    EXPECT_EQ(SMRmDir(made.c_str()), 0x101);
+    EXPECT_EQ(SMRmDir(made.c_str()), SM_STATUS_BAD_OBJECT);
     EXPECT_EQ(SMDeleteFile((made + "/inner").c_str()), SM_STATUS_FAILURE);
     EXPECT_EQ(SMRmDir((made + "/inner").c_str()), SM_STATUS_SUCCESS);
     EXPECT_EQ(SMRmDir(made.c_str()), SM_STATUS_SUCCESS);
-    EXPECT_EQ(SMRmDir(made.c_str()), 0x100);
+    EXPECT_EQ(SMRmDir(made.c_str()), SM_STATUS_NOT_FOUND);
     EXPECT_EQ(SMRmDir(plain.c_str()), SM_STATUS_FAILURE);
 
     const int descriptors = openDescriptors();
@@ -213,14 +210,15 @@ TEST_F(FileOps, DirectoriesSizesDeletionAndMissingArguments)
     EXPECT_EQ(size, 0u);
     EXPECT_EQ(openDescriptors(), descriptors);
 
-    // A missing path or pointer is 2 everywhere.
-    for (Transfer call : {SMFileCopy, SMFileCopyAndSync, SMFileAppend, SMFileAppendAndSync})
-        EXPECT_TRUE(call(nullptr, dir_.c_str(), 1) == 2 && call(dir_.c_str(), nullptr, 1) == 2);
-    for (auto call : {SMMkDir, SMRmDir, SMDeleteFile})
-        EXPECT_EQ(call(nullptr), SM_STATUS_BAD_ARGUMENT);
+    // A missing path or pointer is BAD_ARGUMENT everywhere.
     char name[9];
-    EXPECT_TRUE(SMGetSizeOfFile(nullptr, &size) == 2 && SMGetSizeOfFile(dir_.c_str(), nullptr) == 2);
-    EXPECT_EQ(SMGetTmpFile(nullptr, name, &size), SM_STATUS_BAD_ARGUMENT);
+    std::vector<int32_t> answers{SMGetSizeOfFile(nullptr, &size), SMGetSizeOfFile(dir_.c_str(), nullptr),
+                                 SMGetTmpFile(nullptr, name, &size)};
+    for (Transfer call : {SMFileCopy, SMFileCopyAndSync, SMFileAppend, SMFileAppendAndSync})
+        answers.insert(answers.end(), {call(nullptr, dir_.c_str(), 1), call(dir_.c_str(), nullptr, 1)});
+    for (auto call : {SMMkDir, SMRmDir, SMDeleteFile})
+        answers.push_back(call(nullptr));
+    EXPECT_EQ(answers, std::vector<int32_t>(answers.size(), SM_STATUS_BAD_ARGUMENT));
 }
 
 TEST_F(FileOps, TemporaryNamesReplayTheRandomGeneratorAndGiveUpAfterAHundred)

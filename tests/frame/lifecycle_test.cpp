@@ -97,20 +97,8 @@ TEST(Lifecycle, AfterAFailedStartLaterAttachesRunWithoutModules)
     EXPECT_EQ(lifecycle.unloading(), 1);
 }
 
-// The test program's main attached the library in the sandbox; another load
-// and unload leave it running.
-TEST(LibraryLifecycle, AttachedInTheSandbox)
-{
-    EXPECT_EQ(library().attachCount(), 1);
-    ASSERT_NE(config::registryFilePath(), nullptr);
-    EXPECT_EQ(std::string(config::registryFilePath()), test::sandbox().registryFile());
-    EXPECT_EQ(library().attach(), 1);
-    EXPECT_EQ(library().detach(), 1);
-    EXPECT_EQ(unloading(), 0);
-    EXPECT_NE(config::registryFilePath(), nullptr);
-}
-
-// Without a registry file the attach fails, and a second attach succeeds
+// Module 1 chooses the registry file: the override alone when it is set. A
+// missing one fails the choice and the attach, and a second attach succeeds
 // without running module 1. In a child: it detaches this process's library.
 TEST(LibraryLifecycle, AttachFailsWithoutRegistryFileAndSecondAttachSucceeds)
 {
@@ -125,9 +113,27 @@ TEST(LibraryLifecycle, AttachFailsWithoutRegistryFileAndSecondAttachSucceeds)
         setenv("ZKSUPT_REGISTRY", test::sandbox().registryFile().c_str(), 1);
         if (lib.attach() != 1 || config::registryFilePath() != nullptr)
             return 12;
-        return 0;
+        const std::string other = test::sandbox().writeFile("elsewhere/qvreg.cfg", "tarn.installpath=/\n");
+        setenv("ZKSUPT_REGISTRY", other.c_str(), 1);
+        if (!config::chooseRegistryFile() || config::registryFilePath() != other)
+            return 13;
+        setenv("ZKSUPT_REGISTRY", "", 1);
+        return config::chooseRegistryFile() || config::registryFilePath() != nullptr ? 14 : 0;
     });
     EXPECT_EQ(result, 0);
+}
+
+TEST(RegistryChoice, FirstExistingCandidateWins)
+{
+    const std::string present = test::sandbox().registryFile(), other = test::sandbox().writeFile("other.cfg", "");
+    const std::string missing = test::sandbox().path("missing.cfg"), dir = test::sandbox().root();
+    const std::array<const char *, 3> missingFirst{missing.c_str(), present.c_str(), other.c_str()};
+    EXPECT_EQ(config::firstExisting(missingFirst), present);
+    const std::array<const char *, 2> otherFirst{other.c_str(), present.c_str()}, none{missing.c_str(), nullptr};
+    EXPECT_EQ(config::firstExisting(otherFirst), other);
+    EXPECT_EQ(config::firstExisting(none), nullptr);
+    const std::array<const char *, 1> directory{dir.c_str()};
+    EXPECT_EQ(config::firstExisting(directory), dir) << "existence is all that is tested";
 }
 
 }  // namespace

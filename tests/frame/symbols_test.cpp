@@ -1,15 +1,14 @@
 // The shared library as a caller loads it: every function the public headers
-// declare resolves with dlsym, and each of them is a name of the interface.
+// declare resolves with dlsym (the exported_symbols check holds what is
+// exported against the interface's names), and internals stay hidden.
 #include <gtest/gtest.h>
 
 #include <dlfcn.h>
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 #include <regex>
 #include <set>
-#include <sstream>
 #include <string>
 
 #include "support/child.h"
@@ -17,50 +16,23 @@
 
 namespace {
 
-std::string readFile(const std::filesystem::path &path)
-{
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
 // Names of the functions declared in the public headers.
 std::set<std::string> declaredFunctions()
 {
     static const std::regex declaration(R"(ZKSUPT_API[^;(]*?\b((?:SM|SUPT)\w+)\s*\()");
     std::set<std::string> names;
     for (const auto &entry : std::filesystem::directory_iterator(ZKSUPT_INCLUDE_DIR "/zksupt")) {
-        const std::string text = readFile(entry.path());
+        const std::string text = zksupt::test::readFile(entry.path());
         for (std::sregex_iterator it(text.begin(), text.end(), declaration), end; it != end; ++it)
             names.insert((*it)[1].str());
     }
     return names;
 }
 
-std::set<std::string> interfaceNames()
-{
-    std::set<std::string> names;
-    std::istringstream lines(readFile(ZKSUPT_ABI_LIST));
-    for (std::string line; std::getline(lines, line);)
-        if (!line.empty())
-            names.insert(line);
-    return names;
-}
-
-TEST(Symbols, HeadersDeclareOnlyNamesOfTheInterface)
-{
-    const auto declared = declaredFunctions();
-    const auto known = interfaceNames();
-    EXPECT_EQ(known.size(), 271u);
-    EXPECT_GE(declared.size(), 11u);
-    for (const auto &name : declared)
-        EXPECT_TRUE(known.count(name)) << name << " is declared but is not a name of the interface";
-}
-
 TEST(Symbols, LoadedLibraryResolvesEveryDeclaredFunction)
 {
     const auto declared = declaredFunctions();
+    ASSERT_GE(declared.size(), 11u) << "the headers were not read";
     const int result = zksupt::test::runInChild([&declared] {
         void *library = dlopen(ZKSUPT_SHARED_LIBRARY, RTLD_NOW | RTLD_LOCAL);
         if (library == nullptr)

@@ -12,9 +12,9 @@
 
 #include <algorithm>
 #include <atomic>
-#include <numeric>
 #include <cstring>
 #include <map>
+#include <numeric>
 #include <set>
 #include <string>
 #include <thread>
@@ -28,6 +28,7 @@
 #include "net/module.h"
 #include "support/child.h"
 #include "support/sandbox.h"
+#include "support/status_names.h"
 
 namespace zksupt::net {
 namespace {
@@ -35,17 +36,13 @@ namespace {
 using Bytes = std::vector<unsigned char>;
 using Texts = std::vector<std::string>;
 using Bag = std::multiset<std::string>;
-constexpr char kUnwritten = '#';
+using test::textOut;
 
+// {text, as rewritten for inet_addr, the address, or no bytes for FAILURE}
 TEST(NetText, DottedTextRewritingAndConversion)
 {
-    struct Row {
-        const char *text, *rewritten;
-        Bytes bytes;
-    };  // no bytes: -1
-    const Row rows[] = {
+    const std::tuple<const char *, const char *, Bytes> rows[] = {
         {"010.001.0.7", "10.1.0.7", {10, 1, 0, 7}},
-        {"010.1.1.1", "10.1.1.1", {10, 1, 1, 1}},
         {"00.000.0.00", "0.0.0.0", {0, 0, 0, 0}},
         {"192.0.2.100", "192.0.2.100", {192, 0, 2, 100}},
         {"1.2.3", "1.2.3", {1, 2, 0, 3}},  // inet_addr's short forms stay
@@ -58,65 +55,58 @@ TEST(NetText, DottedTextRewritingAndConversion)
         {"256.1.1.1", "256.1.1.1", {}},
         {"", "", {}},
     };
-    for (const Row &row : rows) {
-        std::string rewritten(std::strlen(row.text) + 1, kUnwritten);
-        rewriteDottedText(row.text, rewritten.data());
-        EXPECT_STREQ(rewritten.c_str(), row.rewritten) << row.text;
+    for (const auto &[text, rewritten, bytes] : rows) {
+        std::string out(std::strlen(text) + 1, '#');
+        rewriteDottedText(text, out.data());
+        EXPECT_STREQ(out.c_str(), rewritten) << text;
         uint32_t address = 0x5A5A5A5A;
-        EXPECT_EQ(SMIPAddrASCIIToNetwork(row.text, &address), row.bytes.empty() ? -1 : 0) << row.text;
+        EXPECT_EQ(SMIPAddrASCIIToNetwork(text, &address), bytes.empty() ? SM_STATUS_FAILURE : SM_STATUS_SUCCESS);
         const auto *stored = reinterpret_cast<const unsigned char *>(&address);
-        EXPECT_EQ(Bytes(stored, stored + 4), row.bytes.empty() ? Bytes(4, 0x5A) : row.bytes) << row.text;
+        EXPECT_EQ(Bytes(stored, stored + 4), bytes.empty() ? Bytes(4, 0x5A) : bytes) << text;
     }
 }
 
-// Text to bytes and back for both families, with every capacity round the size.
+// Text to bytes and back for both families, at capacities round the size.
 TEST(NetText, FamiliesBothWaysWithSizes)
 {
-    struct Row {
-        uint32_t family;
-        const char *text;
-        Bytes bytes;
-    };
-    const Row rows[] = {
+    const std::tuple<uint32_t, std::string, Bytes> rows[] = {
         {1, "192.0.2.1", {192, 0, 2, 1}},
         {1, "255.255.255.255", {255, 255, 255, 255}},
         {2, "fe80::1", {0xfe, 0x80, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}},
         {2, "2001:db8::ffff:1:2", {0x20, 1, 0xd, 0xb8, 0, 0, 0, 0, 0, 0, 0xff, 0xff, 0, 1, 0, 2}},
         {2, "::ffff:10.1.2.3", {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xff, 0xff, 10, 1, 2, 3}},
     };
-    for (const Row &row : rows) {
-        const auto length = static_cast<uint32_t>(row.bytes.size());
-        const auto needed = static_cast<uint32_t>(std::strlen(row.text) + 1);
-        Bytes bytes(20, 0xEE);
+    for (const auto &[family, text, bytes] : rows) {
+        const auto length = static_cast<uint32_t>(bytes.size()), needed = static_cast<uint32_t>(text.size() + 1);
+        Bytes parsed(20, 0xEE);
         for (uint32_t capacity : {20u, length, length - 1}) {
             uint32_t size = capacity;
-            EXPECT_EQ(SMInetAddrUTF8ToNetwork(row.family, row.text, bytes.data(), &size), capacity < length ? 0x10 : 0);
+            EXPECT_EQ(SMInetAddrUTF8ToNetwork(family, text.c_str(), parsed.data(), &size),
+                      capacity < length ? SM_STATUS_BUFFER_TOO_SMALL : SM_STATUS_SUCCESS);
             EXPECT_EQ(size, length);
         }
-        EXPECT_EQ(Bytes(bytes.begin(), bytes.begin() + length), row.bytes);
+        EXPECT_EQ(Bytes(parsed.begin(), parsed.begin() + length), bytes);
         uint32_t network;
-        std::memcpy(&network, row.bytes.data(), 4);
+        std::memcpy(&network, bytes.data(), 4);
         for (uint32_t capacity : {needed + 5, needed, needed - 1, 0u}) {
-            std::string text(64, kUnwritten), dotted(64, kUnwritten);
-            uint32_t size = capacity, dottedSize = capacity;
-            const int32_t status = SMInetAddrNetworkToUTF8(row.family, row.bytes.data(), length, text.data(), &size);
-            EXPECT_EQ(status, capacity >= needed ? 0 : SM_STATUS_BUFFER_TOO_SMALL) << row.text << " in " << capacity;
-            EXPECT_EQ(size, needed);
-            EXPECT_EQ(text.substr(0, needed),
-                      status == 0 ? std::string(row.text, needed) : std::string(needed, kUnwritten));
-            if (row.family == 1) {  // the IPv4-only conversion gives the same answers
-                EXPECT_EQ(SMIPAddrNetworkToASCII(network, dotted.data(), &dottedSize), status);
-                EXPECT_EQ(std::tie(dottedSize, dotted), std::tie(size, text));
+            const std::string out = textOut(capacity, [&](char *buffer, uint32_t *size) {
+                return SMInetAddrNetworkToUTF8(family, bytes.data(), length, buffer, size);
+            });
+            EXPECT_EQ(out, capacity >= needed ? text : "BUFFER_TOO_SMALL size " + std::to_string(needed));
+            const auto ipv4Only = [&](char *b, uint32_t *s) { return SMIPAddrNetworkToASCII(network, b, s); };
+            if (family == 1) {  // the IPv4-only conversion gives the same answers
+                EXPECT_EQ(textOut(capacity, ipv4Only), out);
             }
         }
         // The other family's length, and families that do not exist, write nothing.
-        std::string text(64, kUnwritten);
-        uint32_t size = 64;
-        for (uint32_t family : {3 - row.family, 0u, 3u, 0x10001u}) {
-            EXPECT_EQ(SMInetAddrNetworkToUTF8(family, row.bytes.data(), length, text.data(), &size), 0x10F) << family;
-            EXPECT_EQ(SMInetAddrUTF8ToNetwork(family, row.text, bytes.data(), &size), 0x10F) << family;
+        for (uint32_t other : {3 - family, 0u, 3u, 0x10001u}) {
+            EXPECT_EQ(
+                textOut(64, [&](char *b,
+                                uint32_t *s) { return SMInetAddrNetworkToUTF8(other, bytes.data(), length, b, s); }),
+                "INVALID_PARAMETER size 64");
+            uint32_t size = 20;
+            EXPECT_EQ(SMInetAddrUTF8ToNetwork(other, text.c_str(), parsed.data(), &size), SM_STATUS_INVALID_PARAMETER);
         }
-        EXPECT_EQ(text, std::string(64, kUnwritten));
     }
     uint32_t size = 16;
     unsigned char bytes[16];
@@ -132,26 +122,27 @@ std::string systemHostName()
     return name;
 }
 
+// The name is cut to the capacity as gethostname cuts it; in UCS-2 it is cut
+// to 63 bytes and sized in bytes.
 TEST(NetHost, HostNameCutToEveryCapacity)
 {
     const std::string name = systemHostName();
     const auto whole = static_cast<uint32_t>(name.size() + 1);
-    for (uint32_t capacity : {whole + 10, whole, whole - 1, 2u, 1u, 0u}) {
-        std::string buffer(whole + 10, kUnwritten);
-        uint32_t size = capacity;
-        const std::string kept = capacity == 0 ? "" : name.substr(0, capacity - 1) + '\0';
-        EXPECT_EQ(SMGetIPHostName(buffer.data(), &size), capacity == 0 ? SM_STATUS_BUFFER_TOO_SMALL : 0);
-        EXPECT_EQ(size, capacity == 0 ? whole : kept.size());
-        EXPECT_EQ(buffer, kept + std::string(buffer.size() - kept.size(), kUnwritten)) << capacity;
-    }
-    // In UCS-2 the name is cut to 63 bytes and sized in bytes.
+    for (uint32_t capacity : {whole + 10, whole, whole - 1, 2u, 1u})
+        EXPECT_EQ(textOut(capacity, SMGetIPHostName), name.substr(0, capacity - 1)) << capacity;
+    char byte = '#';
+    uint32_t size = 0;
+    EXPECT_EQ(SMGetIPHostName(&byte, &size), SM_STATUS_BUFFER_TOO_SMALL) << "no byte for the terminator";
+    EXPECT_EQ(std::pair(size, byte), std::pair(whole, '#'));
+
     const std::string shortName = name.substr(0, 63);
     const auto bytes = static_cast<uint32_t>(2 * (shortName.size() + 1));
     std::vector<ucs2> units(shortName.size() + 2, 0xEEEE), expected(units);
     std::copy(shortName.begin(), shortName.end() + 1, expected.begin());
     for (uint32_t capacity : {bytes - 2, bytes, 0u}) {
-        uint32_t size = capacity;
-        EXPECT_EQ(SMUCS2GetIPHostName(capacity == 0 ? nullptr : units.data(), &size), capacity == bytes - 2 ? 0x10 : 0);
+        size = capacity;
+        EXPECT_EQ(SMUCS2GetIPHostName(capacity == 0 ? nullptr : units.data(), &size),
+                  capacity == bytes - 2 ? SM_STATUS_BUFFER_TOO_SMALL : SM_STATUS_SUCCESS);
         EXPECT_EQ(size, capacity == bytes - 2 ? capacity : bytes);
     }
     EXPECT_EQ(units, expected);
@@ -159,33 +150,28 @@ TEST(NetHost, HostNameCutToEveryCapacity)
 
 TEST(NetHost, DnsSuffixOfTheOfficialName)
 {
-    struct Row {
-        const char *official, *suffix;
-    };
-    for (const Row &row : {Row{"vm", ""}, Row{"vm.example.org", "example.org"}, Row{"vm.", ""}, Row{".lan", "lan"}}) {
-        const auto needed = static_cast<uint32_t>(std::strlen(row.suffix) + 1);
-        std::string buffer(needed + 1, kUnwritten);
-        for (int step : {0, 1, 2}) {  // one byte short, no buffer, room
-            uint32_t size = step == 0 ? needed - 1 : needed;
-            EXPECT_EQ(dnsSuffixOf(row.official, step == 1 ? nullptr : buffer.data(), &size), step == 0 ? 0x10 : 0);
-            EXPECT_EQ(size, needed);
-            EXPECT_EQ(buffer,
-                      step == 2 ? row.suffix + std::string(1, '\0') + kUnwritten : std::string(needed + 1, kUnwritten));
-        }
+    for (const auto &[official, suffix] :
+         {std::pair{"vm", ""}, {"vm.example.org", "example.org"}, {"vm.", ""}, {".lan", "lan"}}) {
+        const auto needed = static_cast<uint32_t>(std::strlen(suffix) + 1);
+        const auto suffixOf = [official = official](char *buffer, uint32_t *size) {
+            return dnsSuffixOf(official, buffer, size);
+        };
+        EXPECT_EQ(textOut(needed, suffixOf), suffix);
+        EXPECT_EQ(textOut(needed - 1, suffixOf), "BUFFER_TOO_SMALL size " + std::to_string(needed));
+        uint32_t size = 0;
+        EXPECT_EQ(dnsSuffixOf(official, nullptr, &size), SM_STATUS_SUCCESS) << "a null buffer asks for the size";
+        EXPECT_EQ(size, needed);
     }
     // The host itself, against the resolver's canonical name.
     addrinfo hints{}, *found = nullptr;
     hints.ai_flags = AI_CANONNAME;
-    char suffix[256] = {};
-    uint32_t size = sizeof suffix;
-    const int32_t status = SMGetDNSSuffixNameName(suffix, &size);
+    const std::string suffix = textOut(256, SMGetDNSSuffixNameName);
     if (getaddrinfo(systemHostName().substr(0, 63).c_str(), nullptr, &hints, &found) != 0 ||
         found->ai_canonname == nullptr) {
-        EXPECT_EQ(status, SM_STATUS_FAILURE) << "the host name does not resolve here";
+        EXPECT_EQ(suffix, "FAILURE size 256") << "the host name does not resolve here";
     } else {
         const char *dot = std::strchr(found->ai_canonname, '.');
-        EXPECT_EQ(std::make_tuple(status, std::string(suffix), size),
-                  std::make_tuple(0, std::string(dot ? dot + 1 : ""), std::strlen(suffix) + 1));
+        EXPECT_EQ(suffix, dot != nullptr ? dot + 1 : "");
     }
     if (found != nullptr)
         freeaddrinfo(found);
@@ -220,16 +206,16 @@ template <class List> Texts listWithEveryCapacity(List list)
 {
     uint32_t found = 0;
     const int32_t sizing = list(nullptr, &found);
-    EXPECT_EQ(sizing, found == 0 ? 0 : SM_STATUS_BUFFER_TOO_SMALL);
+    EXPECT_EQ(sizing, found == 0 ? SM_STATUS_SUCCESS : SM_STATUS_BUFFER_TOO_SMALL);
     SMInetAddrEntry unwritten;
-    std::memset(&unwritten, kUnwritten, sizeof unwritten);
+    std::memset(&unwritten, '#', sizeof unwritten);
     std::vector<SMInetAddrEntry> entries(found + 2, unwritten), blank(2, unwritten);
     Texts texts;
     for (uint32_t capacity : {found + 2, found - 1}) {
         if (capacity == UINT32_MAX)
             break;
         uint32_t count = capacity;
-        EXPECT_EQ(list(entries.data(), &count), capacity < found ? SM_STATUS_BUFFER_TOO_SMALL : 0);
+        EXPECT_EQ(list(entries.data(), &count), capacity < found ? SM_STATUS_BUFFER_TOO_SMALL : SM_STATUS_SUCCESS);
         EXPECT_EQ(count, found);
         EXPECT_EQ(std::memcmp(&entries[found], blank.data(), 2 * sizeof unwritten), 0) << "written past the addresses";
         for (uint32_t i = 0; i < found && capacity > found; ++i) {
@@ -245,18 +231,19 @@ TEST(NetLists, CountContractAgainstGetifaddrs)
     Texts ipv4, ipv6;
     if (!addressesByGetifaddrs(ipv4, ipv6))
         GTEST_SKIP() << "getifaddrs() is not served here (netlink not emulated?): no list to compare with";
+    const auto inet = [](uint32_t selection) {
+        return listWithEveryCapacity(
+            [selection](SMInetAddrEntry *e, uint32_t *n) { return SMGetInetAddrStrList(selection, n, e); });
+    };
     const Texts byIpv4List =
         listWithEveryCapacity([](SMInetAddrEntry *e, uint32_t *n) { return SMGetIPAddrStrList(e, n, 0); });
     EXPECT_EQ(Bag(byIpv4List.begin(), byIpv4List.end()), Bag(ipv4.begin(), ipv4.end()));
-    EXPECT_EQ(listWithEveryCapacity([](SMInetAddrEntry *e, uint32_t *n) { return SMGetInetAddrStrList(1, n, e); }),
-              byIpv4List);
-    const Texts onlyIpv6 =
-        listWithEveryCapacity([](SMInetAddrEntry *e, uint32_t *n) { return SMGetInetAddrStrList(2, n, e); });
+    EXPECT_EQ(inet(1), byIpv4List);
+    const Texts onlyIpv6 = inet(2);
     EXPECT_EQ(Bag(onlyIpv6.begin(), onlyIpv6.end()), Bag(ipv6.begin(), ipv6.end()));
     Texts both = byIpv4List;
     both.insert(both.end(), onlyIpv6.begin(), onlyIpv6.end());
-    EXPECT_EQ(listWithEveryCapacity([](SMInetAddrEntry *e, uint32_t *n) { return SMGetInetAddrStrList(0, n, e); }),
-              both);
+    EXPECT_EQ(inet(0), both);
     uint32_t count = 0;
     EXPECT_EQ(SMGetInetAddrStrList(3, &count, nullptr), SM_STATUS_INVALID_PARAMETER);
 }
@@ -293,15 +280,15 @@ TEST(NetLists, Ipv6TableOrderAndFilter)
     for (uint32_t capacity : {8u, 5u, 2u, 0u}) {
         std::vector<SMInetAddrEntry> entries(8);
         EntryList list(entries.data(), capacity);
-        ASSERT_EQ(appendIpv6(list, path.c_str(), flags), 0);
+        ASSERT_EQ(appendIpv6(list, path.c_str(), flags), SM_STATUS_SUCCESS);
         EXPECT_EQ(list.count(), expected.size());
-        EXPECT_EQ(list.status(), capacity < expected.size() ? SM_STATUS_BUFFER_TOO_SMALL : 0);
+        EXPECT_EQ(list.status(), capacity < expected.size() ? SM_STATUS_BUFFER_TOO_SMALL : SM_STATUS_SUCCESS);
         for (uint32_t i = 0; i < 8; ++i)
             EXPECT_EQ(entries[i].address + std::to_string(entries[i].family),
                       i < std::min<std::size_t>(capacity, 5) ? expected[i] + "2" : "0");
     }
     EntryList none(nullptr, 0);
-    EXPECT_EQ(appendIpv6(none, test::sandbox().path("net/absent").c_str(), flags), 0);
+    EXPECT_EQ(appendIpv6(none, test::sandbox().path("net/absent").c_str(), flags), SM_STATUS_SUCCESS);
     EXPECT_EQ(none.count(), 0u);
 }
 
@@ -310,8 +297,9 @@ template <class F, class... Args> int32_t callLoaded(void *library, const char *
     return reinterpret_cast<F *>(dlsym(library, name))(args...);
 }
 
-// Every function answers 0x11 in a process where the network never started:
-// the shared library, loaded without a registry file, attaches no module.
+// Every function answers NOT_READY in a process where the network never
+// started: the shared library, loaded without a registry file, attaches no
+// module. Stopping the module does not take readiness back.
 TEST(NetReady, NotReadyBeforeAndStillReadyAfterStop)
 {
     const int result = test::runInChild([] {
@@ -332,14 +320,14 @@ TEST(NetReady, NotReadyBeforeAndStillReadyAfterStop)
             callLoaded(lib, "SMGetInetAddrStrList", SMGetInetAddrStrList, 0u, &size, nullptr),
         };
         dlclose(lib);
-        // Stopping the module does not take readiness back: the set-up ran once.
         stopNetwork();
-        if (networkStarted() || !networkReady() || SMIPAddrASCIIToNetwork("1.2.3.4", &size) != 0 || !startNetwork())
+        if (networkStarted() || !networkReady() || SMIPAddrASCIIToNetwork("1.2.3.4", &size) != SM_STATUS_SUCCESS ||
+            !startNetwork())
             return 101;
         return static_cast<int>(
-            std::count_if(std::begin(answers), std::end(answers), [](int32_t a) { return a != 0x11; }));
+            std::count_if(std::begin(answers), std::end(answers), [](int32_t a) { return a != SM_STATUS_NOT_READY; }));
     });
-    EXPECT_EQ(result, 0) << "100: dlopen failed, 101: readiness after stop and start, else answers other than 0x11";
+    EXPECT_EQ(result, 0) << "100: dlopen failed, 101: readiness after stop and start, else answers not NOT_READY";
 }
 
 TEST(NetReady, MissingPointers)
@@ -375,13 +363,11 @@ TEST(NetReady, MissingPointers)
 TEST(NetThreads, ConcurrentCallsAgree)
 {
     const auto snapshot = [] {
-        char suffix[256] = {};
-        uint32_t size = sizeof suffix, address = 0, count = 16;
+        uint32_t address = 0, count = 16;
         SMInetAddrEntry entries[16];
-        std::string all =
-            std::to_string(SMGetDNSSuffixNameName(suffix, &size) + SMIPAddrASCIIToNetwork("010.1.2.3", &address)) +
-            suffix;
-        all += std::to_string(SMGetInetAddrStrList(0, &count, entries) + address);
+        std::string all = textOut(256, SMGetDNSSuffixNameName) +
+                          std::to_string(SMIPAddrASCIIToNetwork("010.1.2.3", &address) + address);
+        all += std::to_string(SMGetInetAddrStrList(0, &count, entries));
         return std::accumulate(entries, entries + std::min(count, 16u), all,
                                [](std::string a, const SMInetAddrEntry &e) { return a + e.address; });
     };

@@ -58,16 +58,20 @@ TEST(SdoBinary, SetDataInPlaceOrByRebuilding)
                       .bytes;  // room for 40
     const Bytes three{3, 3, 3}, five{5, 5, 5, 5, 5}, six{7, 7, 7, 7, 7, 7};
     uint32_t size = 40;
-    EXPECT_EQ(SMSDOBinarySetData(block.data(), &size, 7, 6, three.data(), 3), 0);
+    EXPECT_EQ(SMSDOBinarySetData(block.data(), &size, 7, 6, three.data(), 3), SM_STATUS_SUCCESS);
     EXPECT_EQ(size, 30u);
-    EXPECT_EQ(SMSDOBinarySetData(block.data(), &size, 9, 14, six.data(), 6), 0);
+    EXPECT_EQ(SMSDOBinarySetData(block.data(), &size, 9, 14, six.data(), 6), SM_STATUS_SUCCESS);
     EXPECT_EQ(Bytes(block.begin(), block.begin() + 30),
               Bin().header("SDOB", 2, 30).inlined(7, 6, {3, 3, 3}).outOfLine(9, 14, 6, 8).raw(six).bytes);
 
     const Bytes before = block;
     // ID, type, capacity, value size, status
     const std::tuple<uint16_t, uint8_t, uint32_t, uint32_t, int32_t> refused[] = {
-        {8, 6, 40, 2, 0x100}, {7, 5, 40, 2, 0x100}, {7, 6, 40, 0, 0x10F}, {7, 6, 15, 2, 0x10}, {7, 6, 34, 5, 0x10}};
+        {8, 6, 40, 2, SM_STATUS_NOT_FOUND},
+        {7, 5, 40, 2, SM_STATUS_NOT_FOUND},
+        {7, 6, 40, 0, SM_STATUS_INVALID_PARAMETER},
+        {7, 6, 15, 2, SM_STATUS_BUFFER_TOO_SMALL},
+        {7, 6, 34, 5, SM_STATUS_BUFFER_TOO_SMALL}};
     for (const auto &[id, type, capacity, valueSize, status] : refused) {
         size = capacity;
         EXPECT_EQ(SMSDOBinarySetData(block.data(), &size, id, type, five.data(), valueSize), status) << id;
@@ -75,7 +79,7 @@ TEST(SdoBinary, SetDataInPlaceOrByRebuilding)
     EXPECT_EQ(size, 35u) << "rebuilt it would grow by 5";
     EXPECT_EQ(block, before) << "unchanged";
     size = 40;
-    EXPECT_EQ(SMSDOBinarySetData(block.data(), &size, 7, 6, five.data(), 5), 0);
+    EXPECT_EQ(SMSDOBinarySetData(block.data(), &size, 7, 6, five.data(), 5), SM_STATUS_SUCCESS);
     EXPECT_EQ(size, 35u);
     EXPECT_EQ(Bytes(block.begin(), block.begin() + 35),
               Bin().header("SDOB", 2, 35).outOfLine(7, 6, 5, 16).outOfLine(9, 14, 6, 13).raw(five).raw(six).bytes);
@@ -120,7 +124,8 @@ TEST(SdoBinary, WalkVisitsDepthFirstWithCookies)
                             .raw(kPair)
                             .bytes;
     Trace trace;
-    EXPECT_EQ(SMSDOBinaryWalk(block.data(), &trace, Trace::begin, Trace::entry, Trace::after, Trace::end, 1), 0);
+    EXPECT_EQ(SMSDOBinaryWalk(block.data(), &trace, Trace::begin, Trace::entry, Trace::after, Trace::end, 1),
+              SM_STATUS_SUCCESS);
     EXPECT_EQ(trace.events, (Events{"begin 0 0 3 -1", "entry 1 3 1 0 5 1", "after 101", "entry 2 0 1 0 12 16",
                                     "begin 102 0 1 -1", "entry 7 0 0 0 6 2", "after 107", "end 102 0", "after 102",
                                     "entry 3 0 0 1 12 32", "begin 103 1 2 -1", "begin 103 0 1 0", "entry 7 0 0 0 6 2",
@@ -132,7 +137,8 @@ TEST(SdoBinary, WalkVisitsDepthFirstWithCookies)
                                    "after 102", "entry 3 0 0 1 12 32", "after 103"}))
         << "no nested blocks without recursion";
     Trace elements;
-    EXPECT_EQ(SMSDOBinaryWalk(kPair.data(), &elements, Trace::begin, Trace::entry, nullptr, Trace::end, 0), 0);
+    EXPECT_EQ(SMSDOBinaryWalk(kPair.data(), &elements, Trace::begin, Trace::entry, nullptr, Trace::end, 0),
+              SM_STATUS_SUCCESS);
     EXPECT_EQ(elements.events, (Events{"begin 0 1 2 -1", "begin 0 0 1 0", "end 0 0", "end 0 1"}))
         << "elements are opened and closed only; an empty one not at all";
     for (const char *stop : {"entry 7 0 0 0 6 2", "begin 103 1 2 -1", "end 0 0"}) {
@@ -148,49 +154,51 @@ TEST(SdoBinary, WalkVisitsDepthFirstWithCookies)
     for (uint16_t level = 0, inner = top - 24; level < levels; ++level, inner -= 24)
         shared.header("SDOB", 2, inner + 24).outOfLine(1, 12, inner, 16).outOfLine(2, 12, inner, 8);
     shared.header("SDOB", 1, 16).inlined(1, 5, {1});
-    EXPECT_EQ(SMSDOBinaryWalk(shared.bytes.data(), nullptr, nullptr, nullptr, nullptr, nullptr, 1), 0x10F);
+    EXPECT_EQ(SMSDOBinaryWalk(shared.bytes.data(), nullptr, nullptr, nullptr, nullptr, nullptr, 1),
+              SM_STATUS_INVALID_PARAMETER);
 }
 
 TEST(SdoBinary, ArraysOfObjects)
 {
     Bytes array(40);
-    EXPECT_EQ(SMSDOBinaryArrayInitHeader(array.data(), 8), 0);
+    EXPECT_EQ(SMSDOBinaryArrayInitHeader(array.data(), 8), SM_STATUS_SUCCESS);
     uint32_t capacity = 30;
-    EXPECT_EQ(SMSDOBinaryArrayAddData(array.data(), &capacity, kChild.data(), 16), 0);
-    EXPECT_EQ(SMSDOBinaryArrayAddData(array.data(), &capacity, kChild.data(), 16), 0x10);
+    EXPECT_EQ(SMSDOBinaryArrayAddData(array.data(), &capacity, kChild.data(), 16), SM_STATUS_SUCCESS);
+    EXPECT_EQ(SMSDOBinaryArrayAddData(array.data(), &capacity, kChild.data(), 16), SM_STATUS_BUFFER_TOO_SMALL);
     EXPECT_EQ(capacity, 40u) << "the size needed";
-    EXPECT_EQ(SMSDOBinaryArrayAddData(array.data(), &capacity, kChild.data(), 16), 0);
+    EXPECT_EQ(SMSDOBinaryArrayAddData(array.data(), &capacity, kChild.data(), 16), SM_STATUS_SUCCESS);
     EXPECT_EQ(array, Bin().header("SDAB", 2, 40).raw(kChild).raw(kChild).bytes);
 
     uint8_t out[16];
     uint32_t size = 7;
-    EXPECT_EQ(SMSDOBinaryArrayGetByIndex(kPair.data(), 0, 1, out, &size), 0x10);
+    EXPECT_EQ(SMSDOBinaryArrayGetByIndex(kPair.data(), 0, 1, out, &size), SM_STATUS_BUFFER_TOO_SMALL);
     EXPECT_EQ(size, 8u);
-    EXPECT_EQ(SMSDOBinaryArrayGetByIndex(kPair.data(), 0, 1, out, &size), 0);
+    EXPECT_EQ(SMSDOBinaryArrayGetByIndex(kPair.data(), 0, 1, out, &size), SM_STATUS_SUCCESS);
     EXPECT_EQ(Bytes(out, out + 8), kEmpty);
 
     SDOConfig *configs[3] = {};
     uint32_t count = 1;
-    EXPECT_EQ(SMSDOBinaryArrayToConfigArray(kPair.data(), configs, &count), 0x10);
+    EXPECT_EQ(SMSDOBinaryArrayToConfigArray(kPair.data(), configs, &count), SM_STATUS_BUFFER_TOO_SMALL);
     EXPECT_EQ(count, 2u);
-    ASSERT_EQ(SMSDOBinaryArrayToConfigArray(kPair.data(), configs, &count), 0);
+    ASSERT_EQ(SMSDOBinaryArrayToConfigArray(kPair.data(), configs, &count), SM_STATUS_SUCCESS);
     Config first(configs[0]), second(configs[1]);  // read back, they write kPair again below
 
     SDOConfig *const list[] = {first.get(), nullptr, second.get()};
-    EXPECT_EQ(SMSDOConfigArrayToBinaryArray(list, 3, nullptr, &size), 0);
+    EXPECT_EQ(SMSDOConfigArrayToBinaryArray(list, 3, nullptr, &size), SM_STATUS_SUCCESS);
     EXPECT_EQ(size, 24u) << "a size query leaves out the header";
     Bytes written(31);
     size = 31;
-    EXPECT_EQ(SMSDOConfigArrayToBinaryArray(list, 3, written.data(), &size), 0);
+    EXPECT_EQ(SMSDOConfigArrayToBinaryArray(list, 3, written.data(), &size), SM_STATUS_SUCCESS);
     EXPECT_EQ(size, 32u) << "the total, with the element that did not fit";
     EXPECT_EQ(SMSDOBinaryGetCount(written.data(), nullptr), 1u);
     written.resize(size);
-    EXPECT_EQ(SMSDOConfigArrayToBinaryArray(list, 3, written.data(), &size), 0);
+    EXPECT_EQ(SMSDOConfigArrayToBinaryArray(list, 3, written.data(), &size), SM_STATUS_SUCCESS);
     EXPECT_EQ(written, kPair);
 }
 
 // What each call refuses: null pointers, too little room, a wrong magic
-// (0x101 where a call only reads, 0x10F where it writes or walks), and
+// (BAD_OBJECT where a call only reads, INVALID_PARAMETER where it writes or
+// walks), and
 // damaged blocks, each in a buffer exactly as long as its header states so
 // that the sanitizer build catches a read beyond it; random damage is the
 // fuzz target's. Rows are evaluated in order: one may read what the row
@@ -212,8 +220,11 @@ TEST(SdoBinary, RefusedInput)
     const uint8_t *object = kChild.data(), *array = kPair.data();
     const auto walk = [](const void *b) { return SMSDOBinaryWalk(b, nullptr, nullptr, nullptr, nullptr, nullptr, 1); };
     // 0x10: the block is sound but cannot be rebuilt into an object.
-    const std::pair<Bytes *, int32_t> damagedBlocks[] = {
-        {&asHandle, 0x10}, {&longValue, 0x10F}, {&extraSlot, 0x10F}, {&longNested, 0x10}, {&farValue, 0x10F}};
+    const std::pair<Bytes *, int32_t> damagedBlocks[] = {{&asHandle, SM_STATUS_BUFFER_TOO_SMALL},
+                                                         {&longValue, SM_STATUS_INVALID_PARAMETER},
+                                                         {&extraSlot, SM_STATUS_INVALID_PARAMETER},
+                                                         {&longNested, SM_STATUS_BUFFER_TOO_SMALL},
+                                                         {&farValue, SM_STATUS_INVALID_PARAMETER}};
     for (const auto &[damaged, status] : damagedBlocks) {
         auto size = static_cast<uint32_t>(damaged->size());
         EXPECT_EQ(SMSDOBinaryToConfig(damaged->data()), nullptr);
@@ -226,17 +237,17 @@ TEST(SdoBinary, RefusedInput)
     uint32_t size = sizeof out, count = 2, room = 32, small = 15;
     SDOConfig *made[2] = {};
     const std::pair<int64_t, int64_t> rows[] = {
-        {SMSDOConfigAddData(nullptr, 6, 6, out, 2, 0), 0x10F},
-        {SMSDOConfigRemoveData(nullptr, 5, 0, 0), 0x10F},
-        {SMSDOConfigGetDataByIndex(config.get(), 0, nullptr, nullptr, out, &size), 0x10F},
+        {SMSDOConfigAddData(nullptr, 6, 6, out, 2, 0), SM_STATUS_INVALID_PARAMETER},
+        {SMSDOConfigRemoveData(nullptr, 5, 0, 0), SM_STATUS_INVALID_PARAMETER},
+        {SMSDOConfigGetDataByIndex(config.get(), 0, nullptr, nullptr, out, &size), SM_STATUS_INVALID_PARAMETER},
         {SMSDOConfigGetCount(nullptr), 0xFFFFFFFF},
         {SMSDOConfigGetBinarySize(nullptr), 0},
         {SMSDOConfigReCalcBinarySize(nullptr), 0},
         {SMSDOConfigCompareByValue(nullptr, nullptr), 1},
         {SMSDOConfigCompareByValue(config.get(), nullptr), 0},
         {SMSDOConfigClone(nullptr) == nullptr, 1},
-        {SMSDOConfigToBinary(nullptr, out, &size), 0x10F},
-        {SMSDOConfigToBinary(config.get(), out, &small), 0x10},
+        {SMSDOConfigToBinary(nullptr, out, &size), SM_STATUS_INVALID_PARAMETER},
+        {SMSDOConfigToBinary(config.get(), out, &small), SM_STATUS_BUFFER_TOO_SMALL},
         {small, 15},
         {SMSDOBinaryToConfig(nullptr) == nullptr, 1},
         {SMSDOBinaryToConfig(array) == nullptr, 1},
@@ -246,35 +257,35 @@ TEST(SdoBinary, RefusedInput)
         {isArray, 1},
         {SMSDOBinaryGetCount(out, nullptr), 0xFFFFFFFF},
         {SMSDOBinaryGetSize(out, nullptr), 0},
-        {SMSDOBinaryGetDataByID(array, 7, nullptr, out, &size), 0x101},
-        {SMSDOBinaryGetDataByIndex(array, 0, &id, nullptr, out, &size), 0x101},
-        {SMSDOBinaryGetDataByID(longValue.data(), 1, nullptr, out, &size), 0x101},
-        {SMSDOBinaryGetDataByIndex(longValue.data(), 0, &id, nullptr, out, &size), 0x101},
-        {SMSDOBinaryGetDataByID(extraSlot.data(), 1, nullptr, out, &size), 0x101},
-        {SMSDOBinaryGetDataByIndex(extraSlot.data(), 1, &id, nullptr, out, &size), 0x101},
-        {SMSDOBinaryGetDataByID(farValue.data(), 1, nullptr, out, &size), 0x101},
-        {SMSDOBinaryGetDataByIndex(longValue.data(), 1, &id, nullptr, out, &size), 0x0C},
-        {SMSDOBinarySetData(pair.data(), &room, 7, 6, out, 2), 0x10F},
-        {walk(out), 0x10F},
-        {walk(longValue.data()), 0x10F},
-        {walk(extraSlot.data()), 0x10F},
-        {walk(longNested.data()), 0x10F},
-        {walk(farValue.data()), 0x10F},
-        {walk(pastEnd.data()), 0x10F},
-        {SMSDOBinaryArrayInitHeader(nullptr, 8), 0x10F},
-        {SMSDOBinaryArrayInitHeader(out, 7), 0x10},
-        {SMSDOBinaryArrayAddData(child.data(), &room, object, 16), 0x10F},
-        {SMSDOBinaryArrayAddData(pastEnd.data(), &room, object, 16), 0x10F},
-        {SMSDOBinaryArrayAddData(pair.data(), &small, object, 16), 0x10},
-        {SMSDOBinaryArrayGetByIndex(array, 0, 2, out, &size), 0x100},
-        {SMSDOBinaryArrayGetByIndex(object, 0, 0, out, &size), 0x101},
-        {SMSDOBinaryArrayGetByIndex(odd.data(), 0, 1, out, &size), 0x101},
-        {SMSDOBinaryArrayGetByIndex(pastEnd.data(), 0, 1, out, &size), 0x101},
-        {SMSDOConfigArrayToBinaryArray(nullptr, 3, out, &size), 0x10F},
+        {SMSDOBinaryGetDataByID(array, 7, nullptr, out, &size), SM_STATUS_BAD_OBJECT},
+        {SMSDOBinaryGetDataByIndex(array, 0, &id, nullptr, out, &size), SM_STATUS_BAD_OBJECT},
+        {SMSDOBinaryGetDataByID(longValue.data(), 1, nullptr, out, &size), SM_STATUS_BAD_OBJECT},
+        {SMSDOBinaryGetDataByIndex(longValue.data(), 0, &id, nullptr, out, &size), SM_STATUS_BAD_OBJECT},
+        {SMSDOBinaryGetDataByID(extraSlot.data(), 1, nullptr, out, &size), SM_STATUS_BAD_OBJECT},
+        {SMSDOBinaryGetDataByIndex(extraSlot.data(), 1, &id, nullptr, out, &size), SM_STATUS_BAD_OBJECT},
+        {SMSDOBinaryGetDataByID(farValue.data(), 1, nullptr, out, &size), SM_STATUS_BAD_OBJECT},
+        {SMSDOBinaryGetDataByIndex(longValue.data(), 1, &id, nullptr, out, &size), SM_STATUS_NOT_PRESENT},
+        {SMSDOBinarySetData(pair.data(), &room, 7, 6, out, 2), SM_STATUS_INVALID_PARAMETER},
+        {walk(out), SM_STATUS_INVALID_PARAMETER},
+        {walk(longValue.data()), SM_STATUS_INVALID_PARAMETER},
+        {walk(extraSlot.data()), SM_STATUS_INVALID_PARAMETER},
+        {walk(longNested.data()), SM_STATUS_INVALID_PARAMETER},
+        {walk(farValue.data()), SM_STATUS_INVALID_PARAMETER},
+        {walk(pastEnd.data()), SM_STATUS_INVALID_PARAMETER},
+        {SMSDOBinaryArrayInitHeader(nullptr, 8), SM_STATUS_INVALID_PARAMETER},
+        {SMSDOBinaryArrayInitHeader(out, 7), SM_STATUS_BUFFER_TOO_SMALL},
+        {SMSDOBinaryArrayAddData(child.data(), &room, object, 16), SM_STATUS_INVALID_PARAMETER},
+        {SMSDOBinaryArrayAddData(pastEnd.data(), &room, object, 16), SM_STATUS_INVALID_PARAMETER},
+        {SMSDOBinaryArrayAddData(pair.data(), &small, object, 16), SM_STATUS_BUFFER_TOO_SMALL},
+        {SMSDOBinaryArrayGetByIndex(array, 0, 2, out, &size), SM_STATUS_NOT_FOUND},
+        {SMSDOBinaryArrayGetByIndex(object, 0, 0, out, &size), SM_STATUS_BAD_OBJECT},
+        {SMSDOBinaryArrayGetByIndex(odd.data(), 0, 1, out, &size), SM_STATUS_BAD_OBJECT},
+        {SMSDOBinaryArrayGetByIndex(pastEnd.data(), 0, 1, out, &size), SM_STATUS_BAD_OBJECT},
+        {SMSDOConfigArrayToBinaryArray(nullptr, 3, out, &size), SM_STATUS_INVALID_PARAMETER},
         // and the element made first is freed again
-        {SMSDOBinaryArrayToConfigArray(odd.data(), made, &count), 0x101},
+        {SMSDOBinaryArrayToConfigArray(odd.data(), made, &count), SM_STATUS_BAD_OBJECT},
         {made[0] == nullptr, 1},
-        {SMSDOBinaryArrayToConfigArray(pastEnd.data(), made, &count), 0x101},
+        {SMSDOBinaryArrayToConfigArray(pastEnd.data(), made, &count), SM_STATUS_BAD_OBJECT},
         {made[0] == nullptr, 1}};
     for (size_t row = 0; row < std::size(rows); ++row)
         EXPECT_EQ(rows[row].first, rows[row].second) << "row " << row;

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "sdo/sdo_test_util.h"
+#include "support/status_names.h"
 
 namespace zksupt::test {
 namespace {
@@ -64,23 +65,26 @@ TEST(Nvp, FindsTheFirstParameterOfAName)
 TEST(Nvp, ParsesTheValueOfAParameter)
 {
     Params p({"port=8080", "mask=0xff", "bad=12x"});
-    const std::tuple<const char *, int32_t, uint32_t, int32_t, uint32_t, Bytes> cases[] = {
-        {"PORT", 1, 6, 0, 2, of<uint16_t>(8080)},
-        {"mask", 0, 0x405, 0, 1, {0xFF}},
-        {"bad", 0, 3, 0x10F, 4, {}},
-        {"PORT", 0, 6, 0x100, 8, {}},
-        {"port", 0, 5, 0x122, 1, {}},
+    const Bytes port = bytesOf<uint16_t>(8080);
+    // {name, fold case, type, the value's bytes or the status, *size}
+    const std::tuple<const char *, int32_t, uint32_t, std::string, uint32_t> cases[] = {
+        {"PORT", 1, 6, std::string(port.begin(), port.end()), 2},
+        {"mask", 0, 0x405, "\xFF", 1},
+        {"bad", 0, 3, "INVALID_PARAMETER", 4},
+        {"PORT", 0, 6, "NOT_FOUND", 8},
+        {"port", 0, 5, "VALUE_TOO_LARGE", 1},
     };
-    for (const auto &[name, fold, type, status, size, bytes] : cases) {
+    for (const auto &[name, fold, type, expected, size] : cases) {
         uint8_t buffer[8] = {};
         uint32_t cap = 8;
-        EXPECT_EQ(SMNVPUTF8ToTypeValue(p.n(), p.v(), name, fold, buffer, &cap, type), status) << name;
+        const int32_t status = SMNVPUTF8ToTypeValue(p.n(), p.v(), name, fold, buffer, &cap, type);
+        const std::string got = status == SM_STATUS_SUCCESS ? std::string(buffer, buffer + cap) : statusName(status);
+        EXPECT_EQ(got, expected) << name;
         EXPECT_EQ(cap, size) << name;
-        EXPECT_EQ(status == 0 ? Bytes(buffer, buffer + cap) : Bytes{}, bytes) << name;
     }
     uint32_t cap = 8;
-    EXPECT_EQ(SMNVPUTF8ToTypeValue(p.n(), nullptr, "port", 0, &cap, &cap, 6), 0x10F);
-    EXPECT_EQ(SMNVPUTF8ToTypeValue(p.n(), p.v(), "port", 0, nullptr, &cap, 6), 0x10F);
+    EXPECT_EQ(SMNVPUTF8ToTypeValue(p.n(), nullptr, "port", 0, &cap, &cap, 6), SM_STATUS_INVALID_PARAMETER);
+    EXPECT_EQ(SMNVPUTF8ToTypeValue(p.n(), p.v(), "port", 0, nullptr, &cap, 6), SM_STATUS_INVALID_PARAMETER);
 }
 
 TEST(Nvp, MapsEnumerationWords)

@@ -14,9 +14,10 @@
 
 #include <zksupt/zksupt.h>
 
+#include "support/values.h"
+
 namespace zksupt::test {
 
-using Bytes = std::vector<uint8_t>;
 inline constexpr uint32_t kHandle = sizeof(void *);
 
 // Builds a binary form: Bin().header("SDOB", 1, 16).inlined(7, 6, {1, 2}).bytes
@@ -50,7 +51,7 @@ struct ConfigFree {
 using Config = std::unique_ptr<SDOConfig, ConfigFree>;
 
 // The bytes written into a buffer with room to spare, and the status expected.
-inline Bytes serialise(const SDOConfig *config, int32_t expected = 0)
+inline Bytes serialise(const SDOConfig *config, int32_t expected = SM_STATUS_SUCCESS)
 {
     uint32_t size = SMSDOConfigGetBinarySize(config) + 64;
     Bytes out(size);
@@ -61,7 +62,8 @@ inline Bytes serialise(const SDOConfig *config, int32_t expected = 0)
 
 inline void add(SDOConfig *config, uint16_t id, uint8_t type, const Bytes &value, int32_t replace = 0)
 {
-    ASSERT_EQ(SMSDOConfigAddData(config, id, type, value.data(), static_cast<uint32_t>(value.size()), replace), 0);
+    ASSERT_EQ(SMSDOConfigAddData(config, id, type, value.data(), static_cast<uint32_t>(value.size()), replace),
+              SM_STATUS_SUCCESS);
 }
 
 // A copy of bytes that ends exactly where a readable page does, followed by
@@ -94,13 +96,5 @@ class PageEnd {
     uint8_t *base_ = nullptr;
     uint8_t *data_ = nullptr;
 };
-
-// The bytes of a value in host order.
-template <class T> Bytes of(T v)
-{
-    Bytes b(sizeof v);
-    std::memcpy(b.data(), &v, sizeof v);
-    return b;
-}
 
 }  // namespace zksupt::test

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <vector>
 
@@ -19,6 +20,12 @@ std::string makeTempDir(const char *prefix)
     if (mkdtemp(buffer.data()) == nullptr)
         throw std::runtime_error("mkdtemp failed for " + pattern);
     return buffer.data();
+}
+
+std::string readFile(const std::string &path)
+{
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
 }
 
 Sandbox::Sandbox() : root_(makeTempDir("zksupt-sandbox-"))
@@ -46,30 +53,16 @@ Sandbox::~Sandbox()
 
 std::string Sandbox::defaultRegistry() const
 {
-    return "# product registry of a test installation\n"
-           "tarn.installpath=" +
-           suiteDir() +
-           "\n"
-           "tarn.logpath=" +
-           logDir() +
-           "\n"
-           "Meridian.installpath=" +
-           installDir() +
-           "\n"
-           "Meridian.inipath=" +
-           iniDir() +
-           "\n"
-           "Meridian.logpath=" +
-           logDir() +
-           "\n"
-           "Meridian.vardatapath=" +
-           varDataDir() +
-           "\n"
-           "keellib.vardatapath=" +
-           varDataDir() +
-           "\n"
-           "fenx.vardatapath=" +
-           varDataDir() + "\n";
+    const std::pair<const char *, std::string> lines[] = {
+        {"tarn.installpath", suiteDir()},       {"tarn.logpath", logDir()},
+        {"Meridian.installpath", installDir()}, {"Meridian.inipath", iniDir()},
+        {"Meridian.logpath", logDir()},         {"Meridian.vardatapath", varDataDir()},
+        {"keellib.vardatapath", varDataDir()},  {"fenx.vardatapath", varDataDir()},
+    };
+    std::string text = "# product registry of a test installation\n";
+    for (const auto &[key, value] : lines)
+        text.append(key).append("=").append(value).append("\n");
+    return text;
 }
 
 std::string Sandbox::writeFile(const std::string &relative, const std::string &contents) const

@@ -50,4 +50,7 @@ Sandbox &sandbox();
 // Makes a fresh temporary directory and returns its path.
 std::string makeTempDir(const char *prefix);
 
+// A file's bytes; empty when it cannot be read.
+std::string readFile(const std::string &path);
+
 }  // namespace zksupt::test

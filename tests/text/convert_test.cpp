@@ -1,6 +1,6 @@
 // The two converters: sizes and capacities, what the decoder accepts, the
 // library's own handling of code points above 0xFFFF and agreement with the C
-// library's iconv; and escaping.
+// library's iconv.
 #include <gtest/gtest.h>
 
 #include <iconv.h>
@@ -12,7 +12,7 @@
 
 #include <zksupt/text.h>
 
-#include "text_test_util.h"
+#include "support/values.h"
 
 namespace {
 
@@ -150,29 +150,6 @@ TEST(IconvAgreement, BothDirectionsAtEveryCapacityOverRandomBmpText)
         expectConversionAtEveryCapacity<char, ucs2>(SMUTF8StrToUCS2Str, "plain ASCII, in blocks", toUcs2Pieces);
     }
     iconv_close(toUtf8);
-}
-
-TEST(Ucs2Escape, EscapesControlsBackslashAndEverythingBeyondAsciiCopyingOnlyWhatFits)
-{
-    for (const auto &[text, expected] : std::vector<std::pair<std::u16string, std::string>>{
-             {u"\t\n\r\\\"' ~\x7F", "\\t\\n\\r\\\\\"' ~\x7F"},
-             {u"\x01\x1F\x80\xABCD\xFFFF", "\\u0001\\u001f\\u0080\\uabcd\\uffff"},
-             {u"", ""},
-             {std::u16string(20000, u'~'), std::string(20000, '~')},  // outgrows the work buffer twice
-         }) {
-        const auto src = wide(text);
-        uint32_t size = 0;  // too small, and checked without a dst too
-        EXPECT_EQ(SMUCS2ToEscape(nullptr, &size, src.data()), SM_STATUS_BUFFER_TOO_SMALL);
-        std::string dst(size, '#');
-        uint32_t oneShort = size - 1;
-        EXPECT_EQ(SMUCS2ToEscape(dst.data(), &oneShort, src.data()), SM_STATUS_BUFFER_TOO_SMALL);
-        EXPECT_TRUE(oneShort == size && dst == std::string(size, '#')) << "*size is what is needed; nothing is copied";
-        EXPECT_EQ(SMUCS2ToEscape(dst.data(), &size, src.data()), SM_STATUS_SUCCESS);
-        EXPECT_EQ(dst, expected + '\0');
-        dst.assign(size, '#');
-        EXPECT_EQ(SMUCS2ToEscape(dst.data(), nullptr, src.data()), SM_STATUS_SUCCESS);  // no size, no check
-        EXPECT_EQ(dst, expected + '\0');
-    }
 }
 
 }  // namespace

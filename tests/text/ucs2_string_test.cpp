@@ -9,7 +9,7 @@
 #include <zksupt/zksupt.h>
 
 #include "text/utf8_string.h"
-#include "text_test_util.h"
+#include "support/values.h"
 
 namespace {
 

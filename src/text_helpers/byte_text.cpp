@@ -1,15 +1,17 @@
 // Binary values as text: byte lists ("0x01,0xFF") and hex strings ("01FF"),
 // and their parsers.
+#include "text_helpers/byte_text.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
 #include <cstring>
 
 #include "frame/memory.h"
-#include "text/helpers.h"
-#include "text/hex_digits.h"
+#include "frame/owned.h"
+#include "text_helpers/hex_digits.h"
 
-namespace zksupt::text {
+namespace zksupt::text_helpers {
 namespace {
 
 constexpr uint32_t kByteListWidth = 5;  // "0x" two digits ','
@@ -21,9 +23,9 @@ const char *textEnd(const char *text, uint32_t size) noexcept
     return nul != nullptr ? static_cast<const char *>(nul) : text + size;
 }
 
-uint8_t *fail(uint8_t *bytes, uint32_t *len) noexcept
+// A value above 255: no bytes at all.
+uint8_t *fail(uint32_t *len) noexcept
 {
-    frame::release(bytes);
     *len = 0;
     return nullptr;
 }
@@ -86,7 +88,7 @@ uint8_t *byteListParse(char *text, uint32_t *len) noexcept
     if (text == nullptr || len == nullptr || *len % kByteListWidth != 0)
         return nullptr;
     const uint32_t capacity = *len / kByteListWidth;
-    auto *bytes = static_cast<uint8_t *>(frame::allocate(capacity == 0 ? 1 : capacity));
+    frame::Owned<uint8_t> bytes = frame::allocateOwned<uint8_t>(capacity == 0 ? 1 : capacity);
     if (bytes == nullptr)
         return nullptr;
     char *const end = const_cast<char *>(textEnd(text, *len));
@@ -105,14 +107,14 @@ uint8_t *byteListParse(char *text, uint32_t *len) noexcept
         if (!scanHex(p, tokenEnd, &value))
             break;
         if (value > 0xFF)
-            return fail(bytes, len);
-        bytes[stored++] = static_cast<uint8_t>(value);
+            return fail(len);
+        bytes.get()[stored++] = static_cast<uint8_t>(value);
         p = tokenEnd;
         if (p == end)
             break;
     }
     *len = stored;
-    return bytes;
+    return bytes.release();
 }
 
 char *hexStringText(const uint8_t *data, uint32_t *len) noexcept
@@ -134,7 +136,7 @@ uint8_t *hexStringParse(const char *text, uint32_t *len) noexcept
 {
     if (text == nullptr || len == nullptr)
         return nullptr;
-    auto *bytes = static_cast<uint8_t *>(frame::allocate(*len / 2 + 1));
+    frame::Owned<uint8_t> bytes = frame::allocateOwned<uint8_t>(*len / 2 + 1);
     if (bytes == nullptr)
         return nullptr;
     const char *const end = textEnd(text, *len);
@@ -144,11 +146,11 @@ uint8_t *hexStringParse(const char *text, uint32_t *len) noexcept
         if (!scanHex(p, std::min(p + 2, end), &value))
             break;
         if (value > 0xFF)
-            return fail(bytes, len);
-        bytes[stored++] = static_cast<uint8_t>(value);
+            return fail(len);
+        bytes.get()[stored++] = static_cast<uint8_t>(value);
     }
     *len = stored;
-    return bytes;
+    return bytes.release();
 }
 
-}  // namespace zksupt::text
+}  // namespace zksupt::text_helpers

@@ -1,15 +1,16 @@
-#include "text/sized_string.h"
+#include "text_helpers/sized_string.h"
 
-#include <cstdlib>
 #include <cstring>
-#include <memory>
+
+#include <zksupt/status.h>
 
 #include "frame/memory.h"
+#include "frame/owned.h"
 #include "text/convert.h"
 #include "text/growth.h"
 #include "text/units.h"
 
-namespace zksupt::text {
+namespace zksupt::text_helpers {
 namespace {
 
 template <class Unit> void *allocateEmpty(SMSizedString *rec, uint32_t bytes) noexcept
@@ -35,12 +36,12 @@ template <class Unit> bool append(SMSizedString *rec, const Unit *src, uint32_t 
     if (rec == nullptr || rec->buf == nullptr || src == nullptr)
         return false;
     if (n == 0)
-        n = static_cast<uint32_t>(length(src));
+        n = static_cast<uint32_t>(text::length(src));
     const uint64_t needed = (uint64_t{rec->length} + 1 + n) * sizeof(Unit);
     if (needed > UINT32_MAX)
         return false;
     if (needed > rec->capacity) {
-        const uint32_t capacity = grownCapacity(rec->capacity, static_cast<uint32_t>(needed));
+        const uint32_t capacity = text::grownCapacity(rec->capacity, static_cast<uint32_t>(needed));
         void *grown = frame::reallocate(rec->buf, capacity);
         if (grown == nullptr)
             return false;
@@ -56,12 +57,29 @@ template <class Unit> bool append(SMSizedString *rec, const Unit *src, uint32_t 
 
 // A zeroed temporary block of count units: what is appended past a
 // conversion's terminator is then zeros, never stale memory.
-template <class Unit> using Block = std::unique_ptr<Unit[], decltype(&std::free)>;
-
-template <class Unit> Block<Unit> zeroedBlock(uint64_t count) noexcept
+template <class Unit> frame::Owned<Unit[]> zeroedBlock(uint64_t count) noexcept
 {
-    void *block = count * sizeof(Unit) > UINT32_MAX ? nullptr : std::calloc(count, sizeof(Unit));
-    return Block<Unit>(static_cast<Unit *>(block), &std::free);
+    if (count * sizeof(Unit) > UINT32_MAX)
+        return nullptr;
+    return frame::allocateZeroed<Unit[]>(count);
+}
+
+// The converting appenders' one rule: all of src (n = 0: its length) is
+// converted into n + 1 units of the record's encoding or nothing is
+// appended; then n units of the result are appended.
+template <class To, class From>
+bool appendConverted(SMSizedString *rec, const From *src, uint32_t n,
+                     int32_t (*convert)(To *, uint32_t *, const From *) noexcept) noexcept
+{
+    if (rec == nullptr || rec->buf == nullptr || src == nullptr)
+        return false;
+    if (n == 0)
+        n = static_cast<uint32_t>(text::length(src));
+    auto block = zeroedBlock<To>(uint64_t{n} + 1);
+    uint32_t size = (n + 1) * static_cast<uint32_t>(sizeof(To));
+    if (block == nullptr || convert(block.get(), &size, src) != SM_STATUS_SUCCESS)
+        return false;
+    return append(rec, block.get(), n);
 }
 
 }  // namespace
@@ -96,39 +114,12 @@ bool appendUcs2(SMSizedString *rec, const ucs2 *src, uint32_t n) noexcept
 
 bool appendUcs2AsUtf8(SMSizedString *rec, const ucs2 *src, uint32_t n) noexcept
 {
-    if (rec == nullptr || rec->buf == nullptr || src == nullptr)
-        return false;
-    if (n == 0)
-        n = static_cast<uint32_t>(length(src));
-    auto bytes = zeroedBlock<char>(uint64_t{n} + 1);
-    uint32_t size = n + 1;
-    if (bytes == nullptr || ucs2ToUtf8(bytes.get(), &size, src) != 0)
-        return false;
-    return append(rec, bytes.get(), n);
+    return appendConverted<char>(rec, src, n, text::ucs2ToUtf8);
 }
 
 bool appendUtf8AsUcs2(SMSizedString *rec, const char *src, uint32_t n) noexcept
 {
-    if (rec == nullptr || rec->buf == nullptr || src == nullptr)
-        return false;
-    if (n == 0)
-        n = static_cast<uint32_t>(length(src));
-    auto units = zeroedBlock<ucs2>(uint64_t{n} + 1);
-    uint32_t size = (n + 1) * 2;
-    if (units == nullptr || utf8ToUcs2(units.get(), &size, src) != 0)
-        return false;
-    return append(rec, units.get(), n);
+    return appendConverted<ucs2>(rec, src, n, text::utf8ToUcs2);
 }
 
-bool appendSizedUtf8AsUcs2(SMSizedString *rec, const SMSizedString &utf8) noexcept
-{
-    if (utf8.buf == nullptr)
-        return false;
-    auto units = zeroedBlock<ucs2>(uint64_t{utf8.length} + 1);
-    uint32_t size = (utf8.length + 1) * 2;
-    if (units == nullptr || utf8ToUcs2(units.get(), &size, static_cast<const char *>(utf8.buf)) != 0)
-        return false;
-    return append(rec, units.get(), size / 2 - 1);  // 0 appends the (empty) converted text
-}
-
-}  // namespace zksupt::text
+}  // namespace zksupt::text_helpers

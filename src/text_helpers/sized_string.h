@@ -1,13 +1,14 @@
-// Sized strings: the caller's record {buf, capacity, length} and the one
-// append rule both encodings share. The writers of text (XML writer, event
-// logs, hex dumps) build their output here.
+// Sized strings (sized_string.cpp): the caller's record {buf, capacity,
+// length} and the one append rule both encodings share, and the owner of a
+// sized string of the library's own work. The writers of text (XML writer,
+// event logs, hex dumps, escaping) build their output here.
 #pragma once
 
 #include <cstdint>
 
 #include <zksupt/text.h>
 
-namespace zksupt::text {
+namespace zksupt::text_helpers {
 
 // Sets rec->buf to null, then for bytes > 0 allocates them (UCS-2: at least
 // 2, so that the terminator fits) with an empty text. Returns the buffer, or
@@ -44,9 +45,30 @@ bool appendUcs2AsUtf8(SMSizedString *rec, const ucs2 *src, uint32_t n) noexcept;
 // multi-byte sequences brings zero units after its converted terminator.
 bool appendUtf8AsUcs2(SMSizedString *rec, const char *src, uint32_t n) noexcept;
 
-// The UTF-8 text of one sized string converted and appended, exactly, to a
-// UCS-2 sized string. False when the source has no buffer, the text does not
-// convert or growing fails.
-bool appendSizedUtf8AsUcs2(SMSizedString *rec, const SMSizedString &utf8) noexcept;
+// A sized string of the library's own work: its buffer is freed at the end of
+// the scope unless release() hands it on.
+class OwnedSizedString {
+  public:
+    OwnedSizedString() noexcept = default;
+    ~OwnedSizedString() { sizedFree(&record_); }
+    OwnedSizedString(const OwnedSizedString &) = delete;
+    OwnedSizedString &operator=(const OwnedSizedString &) = delete;
 
-}  // namespace zksupt::text
+    SMSizedString *get() noexcept { return &record_; }
+    const SMSizedString &operator*() const noexcept { return record_; }
+    const SMSizedString *operator->() const noexcept { return &record_; }
+
+    // The buffer, now the caller's (free it with free); the record is left
+    // empty.
+    void *release() noexcept
+    {
+        void *buffer = record_.buf;
+        record_ = SMSizedString{nullptr, 0, 0};
+        return buffer;
+    }
+
+  private:
+    SMSizedString record_{nullptr, 0, 0};
+};
+
+}  // namespace zksupt::text_helpers

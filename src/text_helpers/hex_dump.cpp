@@ -1,14 +1,17 @@
 // Hex dumps of binary data, one 81-character line per 16 bytes.
+#include "text_helpers/hex_dump.h"
+
 #include <algorithm>
 #include <array>
 #include <cstring>
 
-#include "text/helpers.h"
-#include "text/hex_digits.h"
-#include "text/sized_string.h"
+#include <zksupt/status.h>
+
+#include "text_helpers/hex_digits.h"
+#include "text_helpers/sized_string.h"
 #include "text/utf8_string.h"
 
-namespace zksupt::text {
+namespace zksupt::text_helpers {
 namespace {
 
 constexpr std::size_t kLineBytes = 16;
@@ -49,37 +52,26 @@ void formatLine(Line &line, const uint8_t *run, std::size_t count, uint32_t addr
 int32_t hexDumpAppend(SMSizedString *dst, const uint8_t *data, uint32_t len, uint32_t base) noexcept
 {
     if (data == nullptr || len == 0)
-        return 0;
+        return SM_STATUS_SUCCESS;
     Line line;
     for (uint32_t offset = 0; offset < len; offset += kLineBytes) {
         const std::size_t count = std::min<std::size_t>(kLineBytes, len - offset);
         formatLine(line, data + offset, count, base + offset);
         if (!appendUtf8(dst, line.data(), kLineLength))
-            return -1;
+            return SM_STATUS_FAILURE;
     }
-    return 0;
+    return SM_STATUS_SUCCESS;
 }
 
 char *hexDumpText(const uint8_t *data, uint32_t *len, uint32_t base) noexcept
 {
     if (len == nullptr)
         return nullptr;
-    SMSizedString work{};
-    char *text = nullptr;
-    if (sizedAllocUtf8(&work, kWorkCapacity) != nullptr && hexDumpAppend(&work, data, *len, base) == 0)
-        text = utf8Duplicate(static_cast<const char *>(work.buf), len);
-    sizedFree(&work);
-    return text;
+    OwnedSizedString work;
+    if (sizedAllocUtf8(work.get(), kWorkCapacity) == nullptr ||
+        hexDumpAppend(work.get(), data, *len, base) != SM_STATUS_SUCCESS)
+        return nullptr;
+    return text::utf8Duplicate(static_cast<const char *>(work->buf), len);
 }
 
-int32_t hexDumpAppendUcs2(SMSizedString *dst, const uint8_t *data, uint32_t len, uint32_t base) noexcept
-{
-    SMSizedString work{};
-    if (sizedAllocUtf8(&work, kWorkCapacity) == nullptr)
-        return 0x110;
-    const bool done = hexDumpAppend(&work, data, len, base) == 0 && appendSizedUtf8AsUcs2(dst, work);
-    sizedFree(&work);
-    return done ? 0 : -1;
-}
-
-}  // namespace zksupt::text
+}  // namespace zksupt::text_helpers

@@ -1,4 +1,6 @@
 // Numbers, times and booleans as text and back.
+#include "text_helpers/number_text.h"
+
 #include <algorithm>
 #include <cctype>
 #include <charconv>
@@ -6,17 +8,14 @@
 #include <cstring>
 #include <strings.h>
 
+#include <zksupt/status.h>
+
 #include "format/engine.h"
-#include "text/convert.h"
-#include "text/helpers.h"
-#include "text/hex_digits.h"
+#include "text_helpers/hex_digits.h"
 #include "text/utf8_string.h"
 
-namespace zksupt::text {
+namespace zksupt::text_helpers {
 namespace {
-
-constexpr uint32_t kInvalid = 0x10F;
-constexpr uint32_t kUnsupported = 1;
 
 void setStatus(uint32_t *status, uint32_t value) noexcept
 {
@@ -74,7 +73,7 @@ bool passesCheck(const char *text, uint32_t format, std::size_t maxHexDigits) no
 bool accepted(const char *text, uint32_t format, std::size_t maxHexDigits, uint32_t *status) noexcept
 {
     const bool passes = passesCheck(text, format, maxHexDigits);
-    setStatus(status, passes ? 0 : kInvalid);
+    setStatus(status, passes ? SM_STATUS_SUCCESS : SM_STATUS_INVALID_PARAMETER);
     return passes;
 }
 
@@ -111,7 +110,7 @@ void uint64ToDecimal(char *dst, uint64_t value) noexcept
         value /= 10;
     } while (value != 0);
     *p = '\0';
-    utf8Reverse(dst);
+    text::utf8Reverse(dst);
 }
 
 void int64ToDecimal(char *dst, int64_t value) noexcept
@@ -186,23 +185,14 @@ void int32ToRadixText(int32_t value, char *dst, uint32_t radix) noexcept
     *result.ptr = '\0';
 }
 
-int32_t int32ToRadixUcs2(int32_t value, uint32_t radix, ucs2 *dst, uint32_t *size) noexcept
-{
-    char text[33];
-    int32ToRadixText(value, text, radix);
-    if (utf8ToUcs2(dst, size, text) != 0 || *size < 2)
-        return -1;
-    return 0;
-}
-
 int32_t timeToText(const time_t *t, char *dst, uint32_t size) noexcept
 {
     struct tm local {};
     if (t == nullptr || dst == nullptr || size == 0 || localtime_r(t, &local) == nullptr)
-        return -1;
+        return SM_STATUS_FAILURE;
     // ctime refuses years it cannot write in four digits.
     if (local.tm_year < -1900 || local.tm_year > 9999 - 1900)
-        return -1;
+        return SM_STATUS_FAILURE;
     static constexpr char kDays[] = "SunMonTueWedThuFriSat";
     static constexpr char kMonths[] = "JanFebMarAprMayJunJulAugSepOctNovDec";
     char text[32];
@@ -212,15 +202,7 @@ int32_t timeToText(const time_t *t, char *dst, uint32_t size) noexcept
     const std::size_t n = std::min<std::size_t>(std::strlen(text), size - 1);
     std::memcpy(dst, text, n);
     dst[n] = '\0';
-    return 0;
-}
-
-int32_t timeToUcs2(const time_t *t, ucs2 *dst, uint32_t *size) noexcept
-{
-    char text[128];
-    if (timeToText(t, text, sizeof text) != 0 || utf8ToUcs2(dst, size, text) != 0)
-        return -1;
-    return 0;
+    return SM_STATUS_SUCCESS;
 }
 
 int32_t doubleToText(char *dst, uint32_t size, double value) noexcept
@@ -254,7 +236,7 @@ uint32_t textToUint32(const char *text, uint32_t format, uint32_t *status) noexc
 int64_t textToInt64(const char *text, uint32_t format, uint32_t *status) noexcept
 {
     if (format == kNumberOctal || format == kNumberHex) {
-        setStatus(status, kUnsupported);
+        setStatus(status, SM_STATUS_NOT_SERVED);
         return 0;
     }
     if (!accepted(text, format, 16, status))
@@ -265,7 +247,7 @@ int64_t textToInt64(const char *text, uint32_t format, uint32_t *status) noexcep
 uint64_t textToUint64(const char *text, uint32_t format, uint32_t *status) noexcept
 {
     if (format == kNumberOctal) {
-        setStatus(status, kUnsupported);
+        setStatus(status, SM_STATUS_NOT_SERVED);
         return 0;
     }
     if (!accepted(text, format, 16, status))
@@ -282,10 +264,11 @@ uint64_t textToUint64(const char *text, uint32_t format, uint32_t *status) noexc
 uint32_t textToBoolean(const char *text, uint32_t *status) noexcept
 {
     if (text != nullptr && strcasecmp(text, "true") == 0) {
-        setStatus(status, 0);
+        setStatus(status, SM_STATUS_SUCCESS);
         return 1;
     }
-    setStatus(status, text != nullptr && strcasecmp(text, "false") == 0 ? 0 : kInvalid);
+    setStatus(status,
+              text != nullptr && strcasecmp(text, "false") == 0 ? SM_STATUS_SUCCESS : SM_STATUS_INVALID_PARAMETER);
     return 0;
 }
 
@@ -298,10 +281,10 @@ double textToDoubleByFormat(const char *text, uint32_t format, uint32_t *status)
 {
     uint32_t own = 0;
     const int64_t whole = textToInt64(text, format, &own);
-    setStatus(status, 0);
-    if (own != 0)
+    setStatus(status, SM_STATUS_SUCCESS);
+    if (own != SM_STATUS_SUCCESS)
         return textToDouble(text);
     return static_cast<double>(whole);
 }
 
-}  // namespace zksupt::text
+}  // namespace zksupt::text_helpers

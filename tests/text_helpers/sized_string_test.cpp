@@ -8,8 +8,8 @@
 
 #include <zksupt/text.h>
 
+#include "support/values.h"
 #include "text/growth.h"
-#include "text_test_util.h"
 
 namespace {
 

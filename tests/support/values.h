@@ -1,8 +1,11 @@
-// Helpers of the text tests. Strings live in blocks of exactly their size,
-// so that the sanitizer build catches any read past a terminator.
+// Values as the tests compare them: the bytes of a number in host order, and
+// UCS-2 and byte strings in blocks of exactly their size, so that the
+// sanitizer build catches any read past a terminator.
 #pragma once
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -10,6 +13,16 @@
 #include <zksupt/types.h>
 
 namespace zksupt::test {
+
+using Bytes = std::vector<uint8_t>;
+
+// The bytes of a value in host order.
+template <class T> Bytes bytesOf(T value)
+{
+    Bytes bytes(sizeof value);
+    std::memcpy(bytes.data(), &value, sizeof value);
+    return bytes;
+}
 
 // A UCS-2 string and its terminator.
 inline std::vector<ucs2> wide(std::u16string_view text)

@@ -1,11 +1,10 @@
-// Upper-case hexadecimal digits and their reading as scanf's "%x" does it,
-// shared by the hex dumps, byte lists and hex strings.
+// Upper-case hexadecimal digits and their values, shared by the hex dumps,
+// byte lists, hex strings, number text and the if_inet6 reader. Header only.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 
-namespace zksupt::text {
+namespace zksupt::text_helpers {
 
 // Writes the low `digits` hex digits of value, most significant first.
 inline void writeHexDigits(char *dst, uint32_t value, int digits) noexcept
@@ -27,10 +26,4 @@ constexpr int hexDigitValue(char c) noexcept
     return -1;
 }
 
-// Reads [p, end) as scanf "%x" reads a field: white space, an optional sign,
-// an optional "0x", then hex digits (a "0x" without digits reads as the 0).
-// A '-' negates modulo 2^32, and a magnitude too large for 32 bits reads as
-// 0xFFFFFFFF. False when no digit was read.
-bool scanHex(const char *p, const char *end, uint32_t *value) noexcept;
-
-}  // namespace zksupt::text
+}  // namespace zksupt::text_helpers
