@@ -6,6 +6,7 @@
 #include "digest/crc32.h"
 #include "format/engine_lock.h"
 #include "frame/lifecycle.h"
+#include "lock/file_lock.h"
 #include "net/module.h"
 
 #include <array>
@@ -13,16 +14,19 @@
 namespace zksupt::frame {
 namespace {
 
-// Module 1 picks the registry file, then creates the file-lock table (not
-// built yet). Without a registry file nothing else can start.
+// Module 1 picks the registry file, then makes the file-lock table ready.
+// Without a registry file nothing else can start.
 bool startRegistryAndFileLocks()
 {
-    return config::chooseRegistryFile();
+    return config::chooseRegistryFile() && lock::startFileLocks();
 }
 
-// Destroys the file-lock table (not built yet). The chosen registry file is
-// kept; the next first attach chooses again.
-void stopRegistryAndFileLocks() {}
+// Frees the file-lock table. The chosen registry file is kept; the next
+// first attach chooses again.
+void stopRegistryAndFileLocks()
+{
+    lock::stopFileLocks();
+}
 
 constexpr std::array<Module, 9> kModules{{
     {"registry file and file locks", startRegistryAndFileLocks, stopRegistryAndFileLocks},
