@@ -6,6 +6,7 @@
 #include "digest/crc32.h"
 #include "format/engine_lock.h"
 #include "frame/lifecycle.h"
+#include "ipc/registry.h"
 #include "lock/file_lock.h"
 #include "net/module.h"
 
@@ -32,7 +33,7 @@ constexpr std::array<Module, 9> kModules{{
     {"registry file and file locks", startRegistryAndFileLocks, stopRegistryAndFileLocks},
     {"product install paths", config::startPathTable, config::stopPathTable},
     {"network", net::startNetwork, net::stopNetwork},
-    notBuiltYet("IPC name registry"),
+    {"IPC name registry", ipc::startRegistry, ipc::stopRegistry},
     notBuiltYet("critical sections"),
     notBuiltYet("event log"),
     {"format engine", format::startEngine, format::stopEngine},
