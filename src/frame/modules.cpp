@@ -6,6 +6,7 @@
 #include "digest/crc32.h"
 #include "format/engine_lock.h"
 #include "frame/lifecycle.h"
+#include "ipc/critical_section.h"
 #include "ipc/registry.h"
 #include "lock/file_lock.h"
 #include "net/module.h"
@@ -34,7 +35,7 @@ constexpr std::array<Module, 9> kModules{{
     {"product install paths", config::startPathTable, config::stopPathTable},
     {"network", net::startNetwork, net::stopNetwork},
     {"IPC name registry", ipc::startRegistry, ipc::stopRegistry},
-    notBuiltYet("critical sections"),
+    {"critical sections", ipc::startCriticalSections, ipc::stopCriticalSections},
     notBuiltYet("event log"),
     {"format engine", format::startEngine, format::stopEngine},
     notBuiltYet("dynamic-library table"),

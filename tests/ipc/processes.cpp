@@ -81,6 +81,17 @@ void Child::kill()
     reaped_ = true;
 }
 
+std::vector<void *> ForeignHandles::except(uint32_t own, std::initializer_list<void *> more)
+{
+    std::vector<void *> handles;
+    for (Record &record : records_) {
+        if (record.kind != own)
+            handles.push_back(&record);
+    }
+    handles.insert(handles.end(), more);
+    return handles;
+}
+
 void runBounded(const std::function<void()> &f)
 {
     std::packaged_task<void()> task(f);

@@ -8,7 +8,10 @@
 #include <sys/types.h>
 
 #include <functional>
+#include <cstdint>
+#include <initializer_list>
 #include <set>
+#include <vector>
 
 namespace zksupt::test {
 
@@ -40,6 +43,23 @@ class Child {
     pid_t pid_ = -1;
     int toParent_[2] = {-1, -1};
     bool reaped_ = false;
+};
+
+// Handles of the kinds a family's functions must refuse: records shaped
+// like every object's (kind first) of kinds 0 (library), 3 (shared memory),
+// 4 (event) and 6 (file lock).
+class ForeignHandles {
+  public:
+    // Those records, without the one of kind `own`, plus more handles.
+    std::vector<void *> except(uint32_t own, std::initializer_list<void *> more);
+
+  private:
+    struct Record {
+        uint32_t kind;
+        const char *name;
+        void *fields[6];
+    };
+    Record records_[4] = {{0, nullptr, {}}, {3, nullptr, {}}, {4, nullptr, {}}, {6, nullptr, {}}};
 };
 
 // Runs f in a thread and aborts the test program when f has not returned
