@@ -1,5 +1,6 @@
 /*
- * Named synchronisation objects: mutexes, semaphores, and critical sections. A name (any UTF-8 text) makes an object that every
+ * Named synchronisation objects: mutexes, semaphores, critical sections and
+ * reader-writer locks. A name (any UTF-8 text) makes an object that every
  * process naming it shares; a null name makes one private to the process.
  * Handles are records that begin with their kind: a null handle gives
  * 0x10F, a handle of another kind 0x101. Time-outs are in milliseconds,
@@ -47,6 +48,19 @@ ZKSUPT_API void SMSemaphoreDestroy(void *semaphore) ZKSUPT_NOEXCEPT;
  * timeout -1 is served, anything else (or a null function) gives 0x10F without running it. */
 ZKSUPT_API int32_t SMCriticalSectionExecute(SMCriticalSectionFunction function, void *argument,
                                             int32_t timeout) ZKSUPT_NOEXCEPT;
+
+/* A reader-writer lock, writers first (counters kept in the creating process); null on failure. */
+ZKSUPT_API void *SMRWLCreate(const char *name) ZKSUPT_NOEXCEPT;
+/* Waits for a read lock, checking again every waitPeriod ms: 0, -1 on failure or unload, 0x13 at the waiting limit. */
+ZKSUPT_API int32_t SMRWLReadLockGet(void *rwLock, int32_t waitPeriod) ZKSUPT_NOEXCEPT;
+/* Gives a read lock back, waking a waiting writer first, else the waiting readers. */
+ZKSUPT_API int32_t SMRWLReadLockRelease(void *rwLock) ZKSUPT_NOEXCEPT;
+/* Waits for the write lock, checking again every waitPeriod ms: 0, -1 on failure or unload, 0x13 at the waiting limit. */
+ZKSUPT_API int32_t SMRWLWriteLockGet(void *rwLock, int32_t waitPeriod) ZKSUPT_NOEXCEPT;
+/* Gives the write lock back, waking a waiting writer first, else the waiting readers. */
+ZKSUPT_API int32_t SMRWLWriteLockRelease(void *rwLock) ZKSUPT_NOEXCEPT;
+/* Wakes any waiters (which then fail) and frees the lock; null and other kinds are ignored. */
+ZKSUPT_API void SMRWLDestroy(void *rwLock) ZKSUPT_NOEXCEPT;
 
 ZKSUPT_END_DECLS
 

@@ -4,6 +4,7 @@
 
 #include "ipc/critical_section.h"
 #include "ipc/mutex.h"
+#include "ipc/rw_lock.h"
 #include "ipc/semaphore.h"
 
 namespace ipc = zksupt::ipc;
@@ -35,6 +36,13 @@ int32_t SMSemaphoreRelease(void *semaphore, int32_t count, int32_t *previous) no
 void SMSemaphoreDestroy(void *semaphore) noexcept { ipc::destroySemaphore(semaphore); }
 
 int32_t SMCriticalSectionExecute(SMCriticalSectionFunction function, void *argument, int32_t timeout) noexcept { return ipc::executeCritical(function, argument, timeout); }
+
+void *SMRWLCreate(const char *name) noexcept { return ipc::createRwLock(name); }
+int32_t SMRWLReadLockGet(void *rwLock, int32_t waitPeriod) noexcept { return ipc::getReadLock(rwLock, waitPeriod); }
+int32_t SMRWLReadLockRelease(void *rwLock) noexcept { return ipc::releaseReadLock(rwLock); }
+int32_t SMRWLWriteLockGet(void *rwLock, int32_t waitPeriod) noexcept { return ipc::getWriteLock(rwLock, waitPeriod); }
+int32_t SMRWLWriteLockRelease(void *rwLock) noexcept { return ipc::releaseWriteLock(rwLock); }
+void SMRWLDestroy(void *rwLock) noexcept { ipc::destroyRwLock(rwLock); }
 
 }  // extern "C"
 // clang-format on
