@@ -122,7 +122,10 @@ TEST_F(Mutexes, AWaitingProcessGetsTheMutexWhenItIsUnlocked)
     Child waiter([name](Child &self) {
         void *opened = SMMutexOpen(name);
         self.tell();
-        return opened != nullptr && SMMutexLock(opened, -1) == SM_STATUS_SUCCESS ? 0 : 1;
+        const int result = opened != nullptr && SMMutexLock(opened, -1) == SM_STATUS_SUCCESS ? 0 : 1;
+        SMMutexUnLock(opened);
+        SMMutexDestroy(opened);
+        return result;
     });
     ASSERT_EQ(waiter.heard(), '!');
     usleep(50000);  // the waiter is most likely blocked by now; it passes either way
@@ -194,31 +197,37 @@ TEST_F(Mutexes, AReadOnlyLockFileIsSharedBetweenItsHolders)
     ASSERT_NE(mutex, nullptr);
     const std::string root = sandbox().root();
     const std::vector<std::string> dirs{root, root + "/var", root + "/var/data", root + "/var/data/.ipc"};
-    for (const std::string &dir : dirs)
+    std::vector<mode_t> modes;
+    for (const std::string &dir : dirs) {
+        modes.push_back(modeOf(dir.c_str()));
         chmod(dir.c_str(), 0711);
-    const auto asOtherUser = [](const std::function<int(Child &)> &body) {
+    }
+    const auto asOtherUser = [](const std::function<int(void *, Child &)> &body) {
         return [body](Child &self) {
             if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0))
                 return 90;
             void *opened = SMMutexOpen("read only for others");
             if (opened == nullptr || static_cast<MutexRecord *>(opened)->lockType != 0)
                 return 91;
-            return body(self);
+            const int result = body(opened, self);
+            SMMutexUnLock(opened);
+            SMMutexDestroy(opened);
+            return result;
         };
     };
-    Child first(asOtherUser([](Child &self) {
-        if (SMMutexLock(SMMutexOpen("read only for others"), -1) != SM_STATUS_SUCCESS)
+    Child first(asOtherUser([](void *opened, Child &self) {
+        if (SMMutexLock(opened, -1) != SM_STATUS_SUCCESS)
             return 1;
         self.tell();
         pause();
         return 0;
     }));
     ASSERT_EQ(first.heard(), '!');
-    Child second(asOtherUser([](Child &) { return SMMutexLock(SMMutexOpen("read only for others"), 0); }));
+    Child second(asOtherUser([](void *opened, Child &) { return SMMutexLock(opened, 0); }));
     const int result = second.wait();
     first.kill();
-    for (const std::string &dir : dirs)
-        chmod(dir.c_str(), 0700);
+    for (std::size_t i = 0; i < dirs.size(); ++i)
+        chmod(dirs[i].c_str(), modes[i]);
     if (result == 91 && geteuid() != 0)
         GTEST_SKIP() << "the owner may always write its own lock file";
     EXPECT_EQ(result, SM_STATUS_SUCCESS);

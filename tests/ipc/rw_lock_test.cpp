@@ -193,6 +193,8 @@ TEST(RwLockLimits, UnloadingEndsAWait)
             usleep(1000);
         frame::library().detach();
         reader.join();
+        SMRWLWriteLockRelease(lock);
+        SMRWLDestroy(lock);
         return result == SM_STATUS_FAILURE ? 0 : 2;
     });
     EXPECT_EQ(child.wait(), 0);

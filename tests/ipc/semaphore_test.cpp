@@ -105,7 +105,9 @@ TEST_F(Semaphores, ANamedSemaphoreIsSharedAndOnlyItsCreatorRemovesIt)
     Child waiter([name](Child &self) {
         void *mine = SMSemaphoreOpen(name);
         self.tell();
-        return mine != nullptr && SMSemaphoreAcquireWait(mine, -1) == SM_STATUS_SUCCESS ? 0 : 1;
+        const int result = mine != nullptr && SMSemaphoreAcquireWait(mine, -1) == SM_STATUS_SUCCESS ? 0 : 1;
+        SMSemaphoreDestroy(mine);
+        return result;
     });
     ASSERT_EQ(waiter.heard(), '!');
     EXPECT_EQ(SMSemaphoreRelease(created, 1, nullptr), SM_STATUS_SUCCESS);
