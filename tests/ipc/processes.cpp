@@ -131,6 +131,35 @@ int openDescriptors()
     return count;
 }
 
+namespace {
+
+// The whole program leaves no semaphore set and no descriptor behind, tests
+// without the NoLeftovers fixture included. Registered before main adds
+// the library's environment, so it looks before the attach and after the
+// detach.
+class NothingLeftBehind : public ::testing::Environment {
+  public:
+    void SetUp() override
+    {
+        sets_ = semaphoreSets();
+        descriptors_ = openDescriptors();
+    }
+    void TearDown() override
+    {
+        EXPECT_EQ(semaphoreSets(), sets_) << "the test program left semaphore sets behind";
+        EXPECT_EQ(openDescriptors(), descriptors_) << "the test program left descriptors open";
+    }
+
+  private:
+    std::set<int> sets_;
+    int descriptors_ = 0;
+};
+
+[[maybe_unused]] ::testing::Environment *const nothingLeftBehind =
+    ::testing::AddGlobalTestEnvironment(new NothingLeftBehind);
+
+}  // namespace
+
 void NoLeftovers::SetUp()
 {
     sets_ = semaphoreSets();

@@ -40,13 +40,6 @@ class Registry : public test::NoLeftovers {
     static void forgetAllKeys() { std::filesystem::remove(keyFilePath()); }
 };
 
-TEST_F(Registry, PathsLiveInTheIpcDirectory)
-{
-    EXPECT_EQ(std::string(lock::ipcDirectory()), sandbox().ipcDir());
-    EXPECT_EQ(std::string(keyFilePath()), sandbox().ipcDir() + "/.lxsuptIPCini");
-    EXPECT_EQ(std::string(keyFileLockPath()), sandbox().ipcDir() + "/.lxsuptIPCiniSem");
-}
-
 TEST_F(Registry, KeysCountUpFromTheFirstAndStay)
 {
     forgetAllKeys();
