@@ -31,7 +31,7 @@ ZKSUPT_API int32_t SMMutexUnLock(void *mutex) ZKSUPT_NOEXCEPT;
 /* Frees a mutex handle (a named mutex's lock file stays); null and other kinds are ignored. */
 ZKSUPT_API void SMMutexDestroy(void *mutex) ZKSUPT_NOEXCEPT;
 
-/* A counting semaphore with initial value 0-32767: named (mode 0664) or unnamed; an existing named one keeps its value. */
+/* A semaphore with initial value 0-32767, named (mode 0664) or unnamed; an existing named one keeps its value. */
 ZKSUPT_API void *SMSemaphoreCreate(const char *name, int32_t initialValue) ZKSUPT_NOEXCEPT;
 /* As SMSemaphoreCreate, a new named semaphore getting the mode of permission. */
 ZKSUPT_API void *SMSemaphoreCreate_s(const char *name, int32_t initialValue, int32_t permission) ZKSUPT_NOEXCEPT;
@@ -44,18 +44,17 @@ ZKSUPT_API int32_t SMSemaphoreRelease(void *semaphore, int32_t count, int32_t *p
 /* Frees a handle; the creator's handle also removes the semaphore. Null and other kinds are ignored. */
 ZKSUPT_API void SMSemaphoreDestroy(void *semaphore) ZKSUPT_NOEXCEPT;
 
-/* Runs function(argument) with no other thread running the same function through this call: 0 once it ran; only
- * timeout -1 is served, anything else (or a null function) gives 0x10F without running it. */
+/* Runs function(argument), one thread at a time per function: 0 once run; only timeout -1 is served, else 0x10F. */
 ZKSUPT_API int32_t SMCriticalSectionExecute(SMCriticalSectionFunction function, void *argument,
                                             int32_t timeout) ZKSUPT_NOEXCEPT;
 
 /* A reader-writer lock, writers first (counters kept in the creating process); null on failure. */
 ZKSUPT_API void *SMRWLCreate(const char *name) ZKSUPT_NOEXCEPT;
-/* Waits for a read lock, checking again every waitPeriod ms: 0, -1 on failure or unload, 0x13 at the waiting limit. */
+/* Waits for a read lock, looking again every waitPeriod ms: 0, -1 on failure or unload, 0x13 at the limit. */
 ZKSUPT_API int32_t SMRWLReadLockGet(void *rwLock, int32_t waitPeriod) ZKSUPT_NOEXCEPT;
 /* Gives a read lock back, waking a waiting writer first, else the waiting readers. */
 ZKSUPT_API int32_t SMRWLReadLockRelease(void *rwLock) ZKSUPT_NOEXCEPT;
-/* Waits for the write lock, checking again every waitPeriod ms: 0, -1 on failure or unload, 0x13 at the waiting limit. */
+/* Waits for the write lock, looking again every waitPeriod ms: 0, -1 on failure or unload, 0x13 at the limit. */
 ZKSUPT_API int32_t SMRWLWriteLockGet(void *rwLock, int32_t waitPeriod) ZKSUPT_NOEXCEPT;
 /* Gives the write lock back, waking a waiting writer first, else the waiting readers. */
 ZKSUPT_API int32_t SMRWLWriteLockRelease(void *rwLock) ZKSUPT_NOEXCEPT;
