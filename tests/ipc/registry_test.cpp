@@ -227,9 +227,11 @@ TEST_F(Registry, IdentifierZeroIsNeverHandedOut)
         const int32_t id = createSet(keyOf("zksupsmpFresh"), 1, 3, 0);
         if (id == 0 || test::semaphoreSets() != std::set<int>{id} || setValue(id) != 3)
             return 1;
-        // Room for this one set only: the next creation fails (and is logged).
-        std::ofstream("/proc/sys/kernel/sem") << "250 32000 32 1\n";
-        if (createSet(keyOf("zksupsmpNoRoom"), 1, 0, 0) != 0)
+        // Room for this one set only (where the namespace's limits may be
+        // set): the next creation fails, and is logged.
+        std::ofstream limits("/proc/sys/kernel/sem");
+        limits << "250 32000 32 1\n" << std::flush;
+        if (limits && createSet(keyOf("zksupsmpNoRoom"), 1, 0, 0) != 0)
             return 2;
         removeSet(id);
         return test::semaphoreSets().empty() ? 0 : 3;
