@@ -3,7 +3,9 @@
 // section, which copies and replaces the whole file. Each reports operations
 // per second, beside its peer: reading the file whole with fread, and
 // copying it to a new file and renaming that over it, the least any reader
-// and any safe rewriter must do.
+// and any safe rewriter must do. Every INI call takes the file's
+// cross-process lock, so the library runs attached in an installation of
+// its own.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -15,6 +17,8 @@
 
 #include <zksupt/config.h>
 
+#include "bench_sandbox.h"
+
 namespace {
 
 struct Fixture {
@@ -22,13 +26,8 @@ struct Fixture {
     std::string path;
     std::string text;
 
-    Fixture()
+    Fixture() : dir(zksupt::bench::installation().root())
     {
-        const char *tmp = std::getenv("TMPDIR");
-        std::string pattern = std::string(tmp != nullptr && *tmp != '\0' ? tmp : "/tmp") + "/zksupt-bench-XXXXXX";
-        std::vector<char> name(pattern.begin(), pattern.end());
-        name.push_back('\0');
-        dir = mkdtemp(name.data()) != nullptr ? name.data() : ".";
         path = dir + "/bench.ini";
         for (int section = 0; section < 40; ++section) {
             text += "[section" + std::to_string(section) + "]\n";
@@ -45,7 +44,6 @@ struct Fixture {
     {
         ::unlink(path.c_str());
         ::unlink((path + ".copy").c_str());
-        ::rmdir(dir.c_str());
     }
 };
 

@@ -2,8 +2,10 @@
 // line parser. Every listed section and key is read back with exactly the
 // size the reader asked for; a write either succeeds or leaves the old file
 // as it was; registry keys never hold the '=' that ends them, and values
-// never start with a blank.
+// never start with a blank. Every INI call takes the file's cross-process
+// lock, so the library runs attached in an installation of the target's own.
 #include <dirent.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdint>
@@ -14,6 +16,7 @@
 #include <vector>
 
 #include "config/ini.h"
+#include "frame/lifecycle.h"
 #include "config/registry_reader.h"
 
 namespace {
@@ -36,6 +39,8 @@ class Directory {
         check(mkdtemp(name) != nullptr);
         path_ = name;
     }
+    // Takes an existing directory to remove at the end.
+    explicit Directory(std::string path) : path_(std::move(path)) {}
     ~Directory()
     {
         DIR *dir = opendir(path_.c_str());
@@ -91,7 +96,37 @@ std::vector<std::string> list(const char *section, const std::string &path)
     return names;
 }
 
+// The installation: a registry naming a var-data directory with its ".ipc",
+// where the lock files go. Detached and removed at exit.
+class Installation {
+  public:
+    Installation()
+    {
+        root_ = directory_.path();
+        check(mkdir((root_ + "/.ipc").c_str(), 0700) == 0);
+        const std::string registry = "keellib.vardatapath=" + root_ + "\n";
+        store(root_ + "/qvreg.cfg", reinterpret_cast<const uint8_t *>(registry.data()), registry.size());
+        setenv("ZKSUPT_REGISTRY", (root_ + "/qvreg.cfg").c_str(), 1);
+        check(zksupt::frame::library().attach() == 1);
+    }
+    ~Installation()
+    {
+        zksupt::frame::library().detach();
+        const Directory ipc(root_ + "/.ipc");
+    }
+
+  private:
+    Directory directory_;
+    std::string root_;
+};
+
 }  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int *, char ***)
+{
+    static const Installation installation;
+    return 0;
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {

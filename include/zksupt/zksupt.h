@@ -15,5 +15,6 @@
 #include <zksupt/net.h>
 #include <zksupt/config.h>
 #include <zksupt/xml.h>
+#include <zksupt/ipc.h>
 
 #endif /* ZKSUPT_ZKSUPT_H */

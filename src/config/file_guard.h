@@ -1,10 +1,11 @@
 // The lock an INI or property file call holds on its data file from its
-// first look at the file to its last: shared for reads, exclusive for
-// writes. This first form serialises only the threads of this process; the
-// cross-process file lock takes its place here, and nowhere else.
+// first look at the file to its last: the cross-process file lock, shared
+// for reads, exclusive for writes.
 #pragma once
 
 #include <cstdint>
+
+#include "lock/file_lock.h"
 
 namespace zksupt::config {
 
@@ -15,17 +16,13 @@ class FileGuard {
     // Takes the lock of path. lockWait 1 waits as long as it takes; any
     // other value tries once.
     FileGuard(const char *path, FileAccess access, int16_t lockWait) noexcept;
-    ~FileGuard();
-    FileGuard(const FileGuard &) = delete;
-    FileGuard &operator=(const FileGuard &) = delete;
 
-    // 0 when the lock is held, else the status that refused it (3 when a
-    // single try found it taken).
-    int32_t status() const noexcept { return status_; }
+    // 0 when the lock is held, else the status that refused it: 3 when a
+    // single try found it taken, 0x110 when no lock object could be had.
+    int32_t status() const noexcept { return hold_.status(); }
 
   private:
-    void *lock_ = nullptr;
-    int32_t status_;
+    lock::FileLockHold hold_;
 };
 
 }  // namespace zksupt::config

@@ -6,6 +6,9 @@
 #include "digest/crc32.h"
 #include "format/engine_lock.h"
 #include "frame/lifecycle.h"
+#include "ipc/critical_section.h"
+#include "ipc/registry.h"
+#include "lock/file_lock.h"
 #include "net/module.h"
 
 #include <array>
@@ -13,23 +16,26 @@
 namespace zksupt::frame {
 namespace {
 
-// Module 1 picks the registry file, then creates the file-lock table (not
-// built yet). Without a registry file nothing else can start.
+// Module 1 picks the registry file, then makes the file-lock table ready.
+// Without a registry file nothing else can start.
 bool startRegistryAndFileLocks()
 {
-    return config::chooseRegistryFile();
+    return config::chooseRegistryFile() && lock::startFileLocks();
 }
 
-// Destroys the file-lock table (not built yet). The chosen registry file is
-// kept; the next first attach chooses again.
-void stopRegistryAndFileLocks() {}
+// Frees the file-lock table. The chosen registry file is kept; the next
+// first attach chooses again.
+void stopRegistryAndFileLocks()
+{
+    lock::stopFileLocks();
+}
 
 constexpr std::array<Module, 9> kModules{{
     {"registry file and file locks", startRegistryAndFileLocks, stopRegistryAndFileLocks},
     {"product install paths", config::startPathTable, config::stopPathTable},
     {"network", net::startNetwork, net::stopNetwork},
-    notBuiltYet("IPC name registry"),
-    notBuiltYet("critical sections"),
+    {"IPC name registry", ipc::startRegistry, ipc::stopRegistry},
+    {"critical sections", ipc::startCriticalSections, ipc::stopCriticalSections},
     notBuiltYet("event log"),
     {"format engine", format::startEngine, format::stopEngine},
     notBuiltYet("dynamic-library table"),
