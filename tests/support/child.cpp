@@ -1,7 +1,11 @@
 #include "support/child.h"
 
+#include <errno.h>
+#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <thread>
 
 namespace zksupt::test {
 
@@ -16,6 +20,29 @@ int runInChild(const std::function<int()> &body)
     while (waitpid(pid, &status, 0) < 0) {
     }
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+ChildEnd runInChildBounded(const std::function<int()> &body, std::chrono::seconds bound)
+{
+    const pid_t pid = fork();
+    if (pid < 0)
+        return {false, 0};
+    if (pid == 0)
+        _exit(body());
+    const auto deadline = std::chrono::steady_clock::now() + bound;
+    int status = 0;
+    while (std::chrono::steady_clock::now() < deadline) {
+        const pid_t ended = waitpid(pid, &status, WNOHANG);
+        if (ended == pid)
+            return {true, status};
+        if (ended < 0)
+            return {false, 0};
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    }
+    kill(pid, SIGKILL);
+    while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+    }
+    return {false, status};
 }
 
 }  // namespace zksupt::test
