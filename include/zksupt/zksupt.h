@@ -15,5 +15,6 @@
 #include <zksupt/net.h>
 #include <zksupt/config.h>
 #include <zksupt/xml.h>
+#include <zksupt/os.h>
 
 #endif /* ZKSUPT_ZKSUPT_H */
