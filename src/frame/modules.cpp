@@ -7,6 +7,7 @@
 #include "format/engine_lock.h"
 #include "frame/lifecycle.h"
 #include "net/module.h"
+#include "os/library_table.h"
 
 #include <array>
 
@@ -32,7 +33,7 @@ constexpr std::array<Module, 9> kModules{{
     notBuiltYet("critical sections"),
     notBuiltYet("event log"),
     {"format engine", format::startEngine, format::stopEngine},
-    notBuiltYet("dynamic-library table"),
+    {"dynamic-library table", os::startLibraryTable, os::stopLibraryTable},
     {"CRC-32 table", digest::startCrcTable, digest::stopCrcTable},
 }};
 
