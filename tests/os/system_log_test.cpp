@@ -92,14 +92,14 @@ class LogSocket {
 // log entry that leads to socketPath.
 bool enterPrivateDevLog(const std::string &socketPath)
 {
-    if (unshare(CLONE_NEWNS) != 0 || mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+    if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) != 0 ||
         mount("zksupt-test-dev", "/dev", "tmpfs", 0, "mode=0755") != 0)
         return false;
     const int placeholder = open("/dev/log", O_CREAT | O_WRONLY | O_CLOEXEC, 0666);
     if (placeholder < 0)
         return false;
     close(placeholder);
-    return mount(socketPath.c_str(), "/dev/log", nullptr, MS_BIND, nullptr) == 0;
+    return mount(socketPath.c_str(), "/dev/log", "none", MS_BIND, nullptr) == 0;
 }
 
 struct Message {
