@@ -65,7 +65,16 @@ struct LibraryTable {
     containers::Tree<LibraryEntry, std::string_view, ByFileName> libraries;
 };
 
-constinit LibraryTable table;
+// The table is never destroyed: at process exit the C++ destructors run
+// before the library's unload destructor, whose module stop still needs the
+// mutex and the tree. That stop unloads the libraries.
+union LastingTable {
+    constexpr LastingTable() : table() {}
+    ~LastingTable() {}
+    LibraryTable table;
+};
+constinit LastingTable lasting;
+LibraryTable &table = lasting.table;
 std::atomic<SymbolLookup> symbolLookup{&linkToExport};
 
 // Loads file and adds its entry, with no users yet; null when either fails.
