@@ -4,6 +4,7 @@
 
 #include <pthread.h>
 
+#include <cstddef>
 #include <cstdint>
 
 #include <zksupt/os.h>

@@ -4,8 +4,8 @@
 
 #include <pthread.h>
 #include <signal.h>
-#include <sys/stat.h>
 #include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -25,18 +25,15 @@ namespace {
 
 constexpr auto kBound = std::chrono::seconds(60);
 
-// What a test thread reports, and a gate it waits at until the test lets it go.
+// What a test thread saw of itself; it then waits until the test lets it go.
 struct Worker {
+    const char *name = nullptr;
     std::mutex mutex;
     std::condition_variable changed;
-    bool started = false;
-    bool released = false;
+    bool started = false, released = false;
     pid_t tid = 0;
-    pthread_t id{};
     std::size_t stackSize = 0;
     int detachState = -1;
-    const char *name = nullptr;
-    int32_t nameStatus = -2;
 
     bool waitStarted()
     {
@@ -54,83 +51,65 @@ struct Worker {
 void work(void *argument)
 {
     auto *worker = static_cast<Worker *>(argument);
-    const int32_t nameStatus = worker->name != nullptr ? SMThreadSetName(worker->name) : -2;
+    if (worker->name != nullptr && SMThreadSetName(worker->name) != SM_STATUS_SUCCESS)
+        return;
     pthread_attr_t attributes;
-    std::size_t stackSize = 0;
-    int detachState = -1;
-    if (pthread_getattr_np(pthread_self(), &attributes) == 0) {
-        pthread_attr_getstacksize(&attributes, &stackSize);
-        pthread_attr_getdetachstate(&attributes, &detachState);
+    std::unique_lock<std::mutex> lock(worker->mutex);
+    if (pthread_getattr_np(SMThreadGetID(), &attributes) == 0) {
+        pthread_attr_getstacksize(&attributes, &worker->stackSize);
+        pthread_attr_getdetachstate(&attributes, &worker->detachState);
         pthread_attr_destroy(&attributes);
     }
-    std::unique_lock<std::mutex> lock(worker->mutex);
     worker->tid = static_cast<pid_t>(syscall(SYS_gettid));
-    worker->id = SMThreadGetID();
-    worker->stackSize = stackSize;
-    worker->detachState = detachState;
-    worker->nameStatus = nameStatus;
     worker->started = true;
     worker->changed.notify_all();
     worker->changed.wait_for(lock, kBound, [worker] { return worker->released; });
 }
 
-std::string commOf(const std::filesystem::path &task)
+std::string taskDirectory(pid_t tid)
 {
-    std::ifstream in(task / "comm");
-    std::string name;
-    std::getline(in, name);
-    return name;
+    return "/proc/self/task/" + std::to_string(tid);
 }
 
-TEST(Threads, StartedThreadRunsWithTheLibraryStackAndStopJoinsIt)
-{
-    Worker worker;
-    SMThread *thread = SMThreadStart(work, &worker);
-    ASSERT_NE(thread, nullptr);
-    ASSERT_TRUE(worker.waitStarted());
-    EXPECT_EQ(worker.stackSize, 0x20000u);
-    EXPECT_EQ(worker.detachState, PTHREAD_CREATE_JOINABLE);
-    EXPECT_FALSE(pthread_equal(worker.id, SMThreadGetID()));
-    EXPECT_EQ(pthread_kill(worker.id, 0), 0);  // alive until released
-    worker.release();
-    EXPECT_EQ(SMThreadStop(thread), SM_STATUS_SUCCESS);
-    EXPECT_FALSE(std::filesystem::exists("/proc/self/task/" + std::to_string(worker.tid)));
-}
-
-TEST(Threads, NamesAreSeenByTheKernelCutAtFifteenBytes)
+TEST(Threads, StartedThreadIsNamedJoinableWithTheLibraryStackAndStopJoinsIt)
 {
     Worker worker;
     worker.name = "zksupt-worker-with-a-long-name";
     SMThread *thread = SMThreadStart(work, &worker);
     ASSERT_NE(thread, nullptr);
     ASSERT_TRUE(worker.waitStarted());
-    EXPECT_EQ(worker.nameStatus, SM_STATUS_SUCCESS);
-    int named = 0;
-    for (const auto &task : std::filesystem::directory_iterator("/proc/self/task"))
-        named += commOf(task.path()) == "zksupt-worker-w" ? 1 : 0;
+#if defined(__SANITIZE_THREAD__)
+    EXPECT_GE(worker.stackSize, 0x20000u);  // the thread sanitizer enlarges every stack
+#else
+    EXPECT_EQ(worker.stackSize, 0x20000u);
+#endif
+    EXPECT_EQ(worker.detachState, PTHREAD_CREATE_JOINABLE);
+    int named = 0;  // the kernel keeps 15 bytes of the name
+    for (const auto &task : std::filesystem::directory_iterator("/proc/self/task")) {
+        std::string comm;
+        std::getline(std::ifstream(task.path() / "comm"), comm);
+        named += comm == "zksupt-worker-w" ? 1 : 0;
+    }
     EXPECT_EQ(named, 1);
-    EXPECT_EQ(commOf("/proc/self/task/" + std::to_string(worker.tid)), "zksupt-worker-w");
-    char name[16] = {};
-    EXPECT_EQ(pthread_getname_np(worker.id, name, sizeof name), 0);
-    EXPECT_STREQ(name, "zksupt-worker-w");
     worker.release();
     EXPECT_EQ(SMThreadStop(thread), SM_STATUS_SUCCESS);
+    EXPECT_FALSE(std::filesystem::exists(taskDirectory(worker.tid)));
 }
 
-TEST(Threads, ReleasedThreadRunsAndEndsWithoutAJoin)
+TEST(Threads, ReleasedThreadIsDetachedAndEndsOnItsOwn)
 {
-    Worker worker;
+    // Nothing tells when a detached thread is done with its worker, so the
+    // worker outlives the test rather than sit on a stack used again later.
+    static Worker worker;
     ASSERT_EQ(SMThreadStartAndRelease(work, &worker), SM_STATUS_SUCCESS);
     ASSERT_TRUE(worker.waitStarted());
-    const std::string task = "/proc/self/task/" + std::to_string(worker.tid);
-    EXPECT_TRUE(std::filesystem::exists(task));
     EXPECT_EQ(worker.detachState, PTHREAD_CREATE_DETACHED);
     worker.release();
-    // The thread ends on its own (and frees its record: the leak checkers see to that).
+    // It frees its own record on the way (the leak checkers watch that).
     const auto deadline = std::chrono::steady_clock::now() + kBound;
-    while (std::filesystem::exists(task) && std::chrono::steady_clock::now() < deadline)
+    while (std::filesystem::exists(taskDirectory(worker.tid)) && std::chrono::steady_clock::now() < deadline)
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    EXPECT_FALSE(std::filesystem::exists(task));
+    EXPECT_FALSE(std::filesystem::exists(taskDirectory(worker.tid)));
 }
 
 TEST(Threads, RefusedArguments)
@@ -140,7 +119,6 @@ TEST(Threads, RefusedArguments)
     EXPECT_EQ(SMThreadStop(nullptr), SM_STATUS_INVALID_PARAMETER);
     EXPECT_EQ(SMThreadKill(nullptr), SM_STATUS_INVALID_PARAMETER);
     EXPECT_EQ(SMThreadSetName(nullptr), SM_STATUS_INVALID_PARAMETER);
-    EXPECT_EQ(SMThreadYield(), 0);
 }
 
 void sleepForever(void *)
