@@ -16,5 +16,6 @@
 #include <zksupt/config.h>
 #include <zksupt/xml.h>
 #include <zksupt/ipc.h>
+#include <zksupt/os.h>
 
 #endif /* ZKSUPT_ZKSUPT_H */

@@ -10,6 +10,7 @@
 #include "ipc/registry.h"
 #include "lock/file_lock.h"
 #include "net/module.h"
+#include "os/library_table.h"
 
 #include <array>
 
@@ -38,7 +39,7 @@ constexpr std::array<Module, 9> kModules{{
     {"critical sections", ipc::startCriticalSections, ipc::stopCriticalSections},
     notBuiltYet("event log"),
     {"format engine", format::startEngine, format::stopEngine},
-    notBuiltYet("dynamic-library table"),
+    {"dynamic-library table", os::startLibraryTable, os::stopLibraryTable},
     {"CRC-32 table", digest::startCrcTable, digest::stopCrcTable},
 }};
 

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <string_view>
+#include <mutex>
 
 #include <zksupt/status.h>
 
@@ -20,6 +20,12 @@ constexpr std::array<const char *, 6> kSources{"Lodestar Engine",  "Meridian Ser
                                                "Pell Service",     "Quillon Connections Service",
                                                "Tessel Framework", "Varve Management"};
 constexpr std::size_t kTextSize = 2048;
+
+// openlog sets the ident for the whole process and closelog clears it, so the
+// library's own messages and callers' are sent one at a time: each goes out
+// under its own ident. (A plain standard mutex: the frame sits below the
+// library's own locks.)
+std::mutex systemLogMutex;
 
 }  // namespace
 
@@ -36,6 +42,7 @@ int32_t appendToSystemLog(int32_t type, int32_t source, uint32_t eventId, const 
     const std::size_t length = written < 0 ? 0 : std::min<std::size_t>(written, kTextSize - 1);
     std::replace(text.get(), text.get() + length, '\r', ' ');
     const int priority = type == 1 ? LOG_ERR : type == 2 ? LOG_WARNING : LOG_INFO;
+    const std::lock_guard<std::mutex> oneAtATime(systemLogMutex);
     ::openlog(ident, LOG_NDELAY, LOG_DAEMON);
     ::syslog(priority, "%s", text.get());
     ::closelog();

@@ -19,28 +19,31 @@ constexpr auto kChildBound = std::chrono::minutes(5);
 
 int runInChild(const std::function<int()> &body)
 {
+    const ChildEnd end = runInChildBounded(body, kChildBound);
+    return end.finished && WIFEXITED(end.status) ? WEXITSTATUS(end.status) : -1;
+}
+
+ChildEnd runInChildBounded(const std::function<int()> &body, std::chrono::seconds bound)
+{
     const pid_t pid = fork();
     if (pid < 0)
-        return -1;
+        return {false, 0};
     if (pid == 0)
-        _exit(body());  // no atexit handlers, no gtest teardown in the child
+        _exit(body());
+    const auto deadline = std::chrono::steady_clock::now() + bound;
     int status = 0;
-    const auto deadline = std::chrono::steady_clock::now() + kChildBound;
-    for (;;) {
-        const pid_t done = waitpid(pid, &status, WNOHANG);
-        if (done == pid)
-            break;
-        if (done < 0 && errno != EINTR)
-            return -1;
-        if (std::chrono::steady_clock::now() > deadline) {
-            kill(pid, SIGKILL);
-            while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
-            }
-            return -1;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    while (std::chrono::steady_clock::now() < deadline) {
+        const pid_t ended = waitpid(pid, &status, WNOHANG);
+        if (ended == pid)
+            return {true, status};
+        if (ended < 0)
+            return {false, 0};
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    kill(pid, SIGKILL);
+    while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+    }
+    return {false, status};
 }
 
 }  // namespace zksupt::test

@@ -3,6 +3,7 @@
 // test program's own.
 #pragma once
 
+#include <chrono>
 #include <functional>
 
 namespace zksupt::test {
@@ -11,5 +12,17 @@ namespace zksupt::test {
 // or -1 when the child did not exit normally or was killed after running far
 // longer than any test needs. body must not throw.
 int runInChild(const std::function<int()> &body);
+
+// How a child of runInChildBounded ended.
+struct ChildEnd {
+    bool finished;  // false: still running at the bound, so it was killed
+    int status;     // the waitpid status of a finished child
+};
+
+// Runs body in a child process (its result is the exit code) and waits for
+// it at most `bound`; a child still running then is killed with SIGKILL and
+// reaped, so a hung child fails a test instead of hanging it. body must not
+// throw.
+ChildEnd runInChildBounded(const std::function<int()> &body, std::chrono::seconds bound);
 
 }  // namespace zksupt::test

@@ -1,0 +1,125 @@
+// What reaches the system log, proved without touching the machine's log: a
+// child process in a mount namespace of its own finds at /dev/log the test's
+// datagram socket.
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <syslog.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <zksupt/os.h>
+
+#include "support/child.h"
+#include "support/sandbox.h"
+
+namespace {
+
+constexpr int kNoNamespace = 70;  // the child's exit code when the machine allows no namespace
+
+// In the child: a private mount tree whose /dev holds only "log", bound to socketPath.
+bool enterPrivateDevLog(const std::string &socketPath)
+{
+    if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) != 0 ||
+        mount("zksupt-test-dev", "/dev", "tmpfs", 0, "mode=0755") != 0)
+        return false;
+    const int placeholder = open("/dev/log", O_CREAT | O_WRONLY | O_CLOEXEC, 0666);
+    if (placeholder < 0)
+        return false;
+    close(placeholder);
+    return mount(socketPath.c_str(), "/dev/log", "none", MS_BIND, nullptr) == 0;
+}
+
+// The next datagram as "<priority>|ident|text" from glibc's
+// "<PRI>Mmm dd hh:mm:ss ident: text"; "" when none comes.
+std::string receive(int fd, int flags = 0)
+{
+    std::vector<char> buffer(8192);
+    const ssize_t length = recv(fd, buffer.data(), buffer.size(), flags);
+    const std::string datagram(buffer.data(), length > 0 ? length : 0);
+    const std::size_t close = datagram.find('>');
+    constexpr std::size_t kTimestamp = 16;  // "Mmm dd hh:mm:ss "
+    const std::size_t colon = close == std::string::npos ? close : datagram.find(": ", close + 1 + kTimestamp);
+    if (colon == std::string::npos)
+        return datagram;
+    return datagram.substr(1, close - 1) + "|" +
+           datagram.substr(close + 1 + kTimestamp, colon - close - 1 - kTimestamp) + "|" + datagram.substr(colon + 2);
+}
+
+struct Message {
+    int32_t type, source;
+    uint32_t eventId;
+    const char *ident, *message;
+    int32_t status;
+    std::string logged;  // "" for nothing
+};
+
+TEST(SystemLog, TextPriorityFacilityAndIdentAsSent)
+{
+    const std::string longText(3000, 'x');
+    const std::string longPrefix = "Quillon Connections Service EventID: 9  ";
+    const auto as = [](int priority) { return std::to_string(LOG_DAEMON | priority) + "|"; };
+    const std::vector<Message> messages = {
+        {1, 1, 7, "zk-error", "disk full", 0, as(LOG_ERR) + "zk-error|Lodestar Engine EventID: 7  disk full"},
+        {2, 6, 4294967295u, "zk-warning", "one\r\ntwo\r", 0,
+         as(LOG_WARNING) + "zk-warning|Varve Management EventID: 4294967295  one \ntwo "},
+        {0, 7, 1, "zk-unknown", "never logged", -1, ""},
+        {4, 3, 0, "zk-info", nullptr, 0, as(LOG_INFO) + "zk-info|Pell Service EventID: 0  "},
+        {1, 0, 1, "zk-unknown", "never logged", -1, ""},
+        {3, 4, 9, "zk-long", longText.c_str(), 0,
+         as(LOG_INFO) + "zk-long|" + longPrefix + longText.substr(0, 2047 - longPrefix.size())},
+    };
+
+    const std::string socketPath = zksupt::test::sandbox().path("dev-log");
+    const int fd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    std::strncpy(address.sun_path, socketPath.c_str(), sizeof address.sun_path - 1);
+    ASSERT_EQ(bind(fd, reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
+    const timeval wait{30, 0};
+    setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &wait, sizeof wait);
+
+    const zksupt::test::ChildEnd end = zksupt::test::runInChildBounded(
+        [&] {
+            if (!enterPrivateDevLog(socketPath))
+                return kNoNamespace;
+            for (std::size_t i = 0; i < messages.size(); ++i) {
+                const Message &m = messages[i];
+                if (SMAppendToOSSysLog(m.type, m.source, m.eventId, m.ident, m.message, nullptr, 0) != m.status)
+                    return 1 + static_cast<int>(i);
+            }
+            return 0;
+        },
+        std::chrono::seconds(120));
+    std::vector<std::string> received;
+    if (end.finished && WIFEXITED(end.status) && WEXITSTATUS(end.status) == 0) {
+        for (const Message &m : messages)
+            if (!m.logged.empty())
+                received.push_back(receive(fd));
+        received.push_back(receive(fd, MSG_DONTWAIT));  // nothing more
+    }
+    close(fd);
+    unlink(socketPath.c_str());
+
+    ASSERT_TRUE(end.finished && WIFEXITED(end.status));
+    if (WEXITSTATUS(end.status) == kNoNamespace)
+        GTEST_SKIP() << "this machine allows no private mount namespace with a /dev of its own";
+    ASSERT_EQ(WEXITSTATUS(end.status), 0) << "message " << WEXITSTATUS(end.status) - 1 << " gave another status";
+    std::vector<std::string> expected;
+    for (const Message &m : messages)
+        if (!m.logged.empty())
+            expected.push_back(m.logged);
+    expected.push_back("");
+    EXPECT_EQ(received, expected);
+}
+
+}  // namespace
