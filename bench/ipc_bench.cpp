@@ -7,11 +7,18 @@
 //                  Boost's named_semaphore (a POSIX named semaphore)
 //   WriteLock      write lock + release: SMRWL* on a named lock and Boost's
 //                  file_lock
+//   Event          set + wait of an automatic-reset event: SMEvent* (a
+//                  System V set) and Boost's named_semaphore post + wait
+//   Segment        create + attach + free of a 4 KiB segment: SMSharedMem*
+//                  (segment and guard set) and Boost's shared_memory_object
+//                  with a mapped_region
 #include <benchmark/benchmark.h>
 
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <boost/interprocess/mapped_region.hpp>
+#include <boost/interprocess/shared_memory_object.hpp>
 #include <boost/interprocess/sync/file_lock.hpp>
 #include <boost/interprocess/sync/named_mutex.hpp>
 #include <boost/interprocess/sync/named_semaphore.hpp>
@@ -121,6 +128,57 @@ void WriteLock_Boost(benchmark::State &state)
     }
 }
 
+void Event_Library(benchmark::State &state)
+{
+    zksupt::bench::installation();
+    void *event = SMEventCreate("bench event", 0, 0);
+    for (auto _ : state) {
+        SMEventSet(event);
+        SMEventWait(event, -1);
+    }
+    SMEventDestroy(event);
+}
+
+void Event_Boost(benchmark::State &state)
+{
+    const std::string name = peerName("event");
+    bip::named_semaphore::remove(name.c_str());
+    {
+        bip::named_semaphore event(bip::create_only, name.c_str(), 0);
+        for (auto _ : state) {
+            event.post();
+            event.wait();
+        }
+    }
+    bip::named_semaphore::remove(name.c_str());
+}
+
+constexpr uint32_t kSegmentBytes = 4096;
+
+void Segment_Library(benchmark::State &state)
+{
+    zksupt::bench::installation();
+    for (auto _ : state) {
+        void *segment = SMSharedMemCreate("bench segment", kSegmentBytes);
+        benchmark::DoNotOptimize(SMSharedMemGetAddressPtr(segment));
+        SMSharedMemFree(segment);
+    }
+}
+
+void Segment_Boost(benchmark::State &state)
+{
+    const std::string name = peerName("segment");
+    for (auto _ : state) {
+        {
+            bip::shared_memory_object segment(bip::create_only, name.c_str(), bip::read_write);
+            segment.truncate(kSegmentBytes);
+            bip::mapped_region region(segment, bip::read_write);
+            benchmark::DoNotOptimize(region.get_address());
+        }
+        bip::shared_memory_object::remove(name.c_str());
+    }
+}
+
 }  // namespace
 
 BENCHMARK(NamedMutex_Library);
@@ -130,6 +188,10 @@ BENCHMARK(NamedSemaphore_Library);
 BENCHMARK(NamedSemaphore_Boost);
 BENCHMARK(WriteLock_Library);
 BENCHMARK(WriteLock_Boost);
+BENCHMARK(Event_Library);
+BENCHMARK(Event_Boost);
+BENCHMARK(Segment_Library);
+BENCHMARK(Segment_Boost);
 
 int main(int argc, char **argv)
 {

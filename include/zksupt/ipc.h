@@ -1,6 +1,6 @@
 /*
- * Named synchronisation objects: mutexes, semaphores, critical sections and
- * reader-writer locks. A name (any UTF-8 text) makes an object that every
+ * Named synchronisation objects: mutexes, semaphores, critical sections,
+ * shared memory, events and reader-writer locks. A name (any UTF-8 text) makes an object that every
  * process naming it shares; a null name makes one private to the process.
  * Handles are records that begin with their kind: a null handle gives
  * 0x10F, a handle of another kind 0x101. Time-outs are in milliseconds,
@@ -47,6 +47,35 @@ ZKSUPT_API void SMSemaphoreDestroy(void *semaphore) ZKSUPT_NOEXCEPT;
 /* Runs function(argument), one thread at a time per function: 0 once run; only timeout -1 is served, else 0x10F. */
 ZKSUPT_API int32_t SMCriticalSectionExecute(SMCriticalSectionFunction function, void *argument,
                                             int32_t timeout) ZKSUPT_NOEXCEPT;
+
+/* A shared-memory segment of size bytes (mode 0664); null for a null name or while its creator lives. */
+ZKSUPT_API void *SMSharedMemCreate(const char *name, uint32_t size) ZKSUPT_NOEXCEPT;
+/* As SMSharedMemCreate with the mode of permission; a segment whose creator ended is taken over as it is. */
+ZKSUPT_API void *SMSharedMemCreate_s(const char *name, uint32_t size, int32_t permission) ZKSUPT_NOEXCEPT;
+/* The segment of name while its creator lives; null otherwise. */
+ZKSUPT_API void *SMSharedMemOpen(const char *name) ZKSUPT_NOEXCEPT;
+/* Where the segment is attached in this process; null for a null handle or another kind. */
+ZKSUPT_API void *SMSharedMemGetAddressPtr(void *sharedMemory) ZKSUPT_NOEXCEPT;
+/* Detaches; the creator's handle also removes the segment. Null and other kinds are ignored. */
+ZKSUPT_API void SMSharedMemFree(void *sharedMemory) ZKSUPT_NOEXCEPT;
+
+/* An event, manual reset when manualReset is 1, signalled when initiallySignalled is 1; named (0664) or unnamed. */
+ZKSUPT_API void *SMEventCreate(const char *name, int32_t manualReset, int32_t initiallySignalled) ZKSUPT_NOEXCEPT;
+/* As SMEventCreate, a new named event getting the mode of permission. */
+ZKSUPT_API void *SMEventCreate_s(const char *name, int32_t manualReset, int32_t initiallySignalled,
+                                 int32_t permission) ZKSUPT_NOEXCEPT;
+/* The existing named event of name, with the reset mode it was created with; null when there is none. */
+ZKSUPT_API void *SMEventOpen(const char *name) ZKSUPT_NOEXCEPT;
+/* Signals the event (each set adds one to its value): 0, or -1 on a system failure. */
+ZKSUPT_API int32_t SMEventSet(void *event) ZKSUPT_NOEXCEPT;
+/* Makes the event not signalled: 0, or -1 on a system failure. */
+ZKSUPT_API int32_t SMEventReset(void *event) ZKSUPT_NOEXCEPT;
+/* Lets the waiters already blocked through, then leaves the event not signalled: 0. */
+ZKSUPT_API int32_t SMEventPulse(void *event) ZKSUPT_NOEXCEPT;
+/* Waits until signalled (automatic reset then clears it): 0, 0x3 when the time-out ran out, -1 on failure. */
+ZKSUPT_API int32_t SMEventWait(void *event, int32_t timeout) ZKSUPT_NOEXCEPT;
+/* Frees a handle; the creator's handle also removes the event. Null and other kinds are ignored. */
+ZKSUPT_API void SMEventDestroy(void *event) ZKSUPT_NOEXCEPT;
 
 /* A reader-writer lock, writers first (counters kept in the creating process); null on failure. */
 ZKSUPT_API void *SMRWLCreate(const char *name) ZKSUPT_NOEXCEPT;

@@ -3,9 +3,11 @@
 #include <zksupt/ipc.h>
 
 #include "ipc/critical_section.h"
+#include "ipc/event.h"
 #include "ipc/mutex.h"
 #include "ipc/rw_lock.h"
 #include "ipc/semaphore.h"
+#include "ipc/shared_memory.h"
 
 namespace ipc = zksupt::ipc;
 
@@ -43,6 +45,21 @@ int32_t SMRWLReadLockRelease(void *rwLock) noexcept { return ipc::releaseReadLoc
 int32_t SMRWLWriteLockGet(void *rwLock, int32_t waitPeriod) noexcept { return ipc::getWriteLock(rwLock, waitPeriod); }
 int32_t SMRWLWriteLockRelease(void *rwLock) noexcept { return ipc::releaseWriteLock(rwLock); }
 void SMRWLDestroy(void *rwLock) noexcept { ipc::destroyRwLock(rwLock); }
+
+void *SMSharedMemCreate(const char *name, uint32_t size) noexcept { return ipc::createSharedMemory(name, size, defaultPermission(name)); }
+void *SMSharedMemCreate_s(const char *name, uint32_t size, int32_t permission) noexcept { return ipc::createSharedMemory(name, size, permission); }
+void *SMSharedMemOpen(const char *name) noexcept { return ipc::openSharedMemory(name); }
+void *SMSharedMemGetAddressPtr(void *sharedMemory) noexcept { return ipc::sharedMemoryAddress(sharedMemory); }
+void SMSharedMemFree(void *sharedMemory) noexcept { ipc::freeSharedMemory(sharedMemory); }
+
+void *SMEventCreate(const char *name, int32_t manualReset, int32_t initiallySignalled) noexcept { return ipc::createEvent(name, manualReset, initiallySignalled, defaultPermission(name)); }
+void *SMEventCreate_s(const char *name, int32_t manualReset, int32_t initiallySignalled, int32_t permission) noexcept { return ipc::createEvent(name, manualReset, initiallySignalled, permission); }
+void *SMEventOpen(const char *name) noexcept { return ipc::openEvent(name); }
+int32_t SMEventSet(void *event) noexcept { return ipc::setEvent(event); }
+int32_t SMEventReset(void *event) noexcept { return ipc::resetEvent(event); }
+int32_t SMEventPulse(void *event) noexcept { return ipc::pulseEvent(event); }
+int32_t SMEventWait(void *event, int32_t timeout) noexcept { return ipc::waitEvent(event, timeout); }
+void SMEventDestroy(void *event) noexcept { ipc::destroyEvent(event); }
 
 }  // extern "C"
 // clang-format on

@@ -1,5 +1,7 @@
 #include "processes.h"
 
+#include "support/sandbox.h"
+
 #include <dirent.h>
 #include <poll.h>
 #include <signal.h>
@@ -9,6 +11,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <future>
 #include <sstream>
@@ -104,10 +107,34 @@ void runBounded(const std::function<void()> &f)
     runner.join();
 }
 
-std::set<int> semaphoreSets()
+namespace {
+
+std::string ipcDirectoryAway()
+{
+    return sandbox().ipcDir() + ".away";
+}
+
+}  // namespace
+
+KeylessRegistry::KeylessRegistry()
+{
+    std::filesystem::rename(sandbox().ipcDir(), ipcDirectoryAway());
+    std::ofstream{sandbox().ipcDir()};
+}
+
+KeylessRegistry::~KeylessRegistry()
+{
+    std::filesystem::remove(sandbox().ipcDir());
+    std::filesystem::rename(ipcDirectoryAway(), sandbox().ipcDir());
+}
+
+namespace {
+
+// The identifiers (second column) of a /proc/sysvipc table.
+std::set<int> identifiersIn(const char *path)
 {
     std::set<int> ids;
-    std::ifstream table("/proc/sysvipc/sem");
+    std::ifstream table(path);
     std::string line;
     std::getline(table, line);  // the heading
     while (std::getline(table, line)) {
@@ -118,6 +145,18 @@ std::set<int> semaphoreSets()
             ids.insert(id);
     }
     return ids;
+}
+
+}  // namespace
+
+std::set<int> semaphoreSets()
+{
+    return identifiersIn("/proc/sysvipc/sem");
+}
+
+std::set<int> sharedSegments()
+{
+    return identifiersIn("/proc/sysvipc/shm");
 }
 
 int openDescriptors()
@@ -133,7 +172,7 @@ int openDescriptors()
 
 namespace {
 
-// The whole program leaves no semaphore set and no descriptor behind, tests
+// The whole program leaves no semaphore set, segment or descriptor behind, tests
 // without the NoLeftovers fixture included. Registered before main adds
 // the library's environment, so it looks before the attach and after the
 // detach.
@@ -142,16 +181,19 @@ class NothingLeftBehind : public ::testing::Environment {
     void SetUp() override
     {
         sets_ = semaphoreSets();
+        segments_ = sharedSegments();
         descriptors_ = openDescriptors();
     }
     void TearDown() override
     {
         EXPECT_EQ(semaphoreSets(), sets_) << "the test program left semaphore sets behind";
+        EXPECT_EQ(sharedSegments(), segments_) << "the test program left shared-memory segments behind";
         EXPECT_EQ(openDescriptors(), descriptors_) << "the test program left descriptors open";
     }
 
   private:
     std::set<int> sets_;
+    std::set<int> segments_;
     int descriptors_ = 0;
 };
 
@@ -163,12 +205,14 @@ class NothingLeftBehind : public ::testing::Environment {
 void NoLeftovers::SetUp()
 {
     sets_ = semaphoreSets();
+    segments_ = sharedSegments();
     descriptors_ = openDescriptors();
 }
 
 void NoLeftovers::TearDown()
 {
     EXPECT_EQ(semaphoreSets(), sets_) << "semaphore sets were left behind";
+    EXPECT_EQ(sharedSegments(), segments_) << "shared-memory segments were left behind";
     EXPECT_EQ(openDescriptors(), descriptors_) << "descriptors were left open";
 }
 

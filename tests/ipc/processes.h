@@ -1,6 +1,7 @@
 // Real processes for the named-object tests: forked children that report
 // through a pipe and are killed when they overstay, and counts of what a
-// test may leave behind (System V semaphore sets, open descriptors).
+// test may leave behind (System V semaphore sets and segments, open
+// descriptors).
 #pragma once
 
 #include <gtest/gtest.h>
@@ -66,12 +67,24 @@ class ForeignHandles {
 // within the bound, so a deadlock fails instead of hanging.
 void runBounded(const std::function<void()> &f);
 
+// While it lives, the sandbox's IPC directory is a plain file, so the
+// registry can give out no key and nothing can make the directory again.
+class KeylessRegistry {
+  public:
+    KeylessRegistry();
+    ~KeylessRegistry();
+    KeylessRegistry(const KeylessRegistry &) = delete;
+    KeylessRegistry &operator=(const KeylessRegistry &) = delete;
+};
+
 // The identifiers of this IPC namespace's semaphore sets.
 std::set<int> semaphoreSets();
+// The identifiers of this IPC namespace's shared-memory segments.
+std::set<int> sharedSegments();
 // How many descriptors the process has open.
 int openDescriptors();
 
-// A test that must leave no semaphore set and no descriptor behind.
+// A test that must leave no semaphore set, segment or descriptor behind.
 class NoLeftovers : public ::testing::Test {
   protected:
     void SetUp() override;
@@ -79,6 +92,7 @@ class NoLeftovers : public ::testing::Test {
 
   private:
     std::set<int> sets_;
+    std::set<int> segments_;
     int descriptors_ = 0;
 };
 
