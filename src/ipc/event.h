@@ -8,14 +8,13 @@
 #include <cstdint>
 
 #include "lock/object_record.h"
-#include "sync/semaphore.h"
+#include "ipc/counted_state.h"
 
 namespace zksupt::ipc {
 
 struct EventRecord {
     lock::ObjectHeader header;  // kind 4; the key name, or null
-    int32_t setId;              // named: the System V set
-    sync::Semaphore *unnamed;   // unnamed: the POSIX semaphore
+    CountedState state;         // the set, or the unnamed semaphore
     uint16_t owner;             // 1 from create (destroy removes the event), 0 from open
     uint16_t manualReset;       // 1 manual reset, any other value automatic
 };

@@ -1,8 +1,5 @@
 #include "ipc/semaphore.h"
 
-#include "ipc/registry.h"
-#include "ipc/semaphore_set.h"
-
 namespace zksupt::ipc {
 
 void *createSemaphore(const char *name, int32_t initial, int32_t permission) noexcept
@@ -12,18 +9,8 @@ void *createSemaphore(const char *name, int32_t initial, int32_t permission) noe
     auto record = lock::buildRecord<SemaphoreRecord>(name, lock::kSemaphoreKind);
     if (!record)
         return nullptr;
-    if (name != nullptr) {
-        const uint32_t key = keyOf(record->header.name);
-        if (key == 0)
-            return nullptr;
-        record->setId = createSet(key, 1, initial, permission);
-        if (record->setId == 0)
-            return nullptr;
-    } else {
-        record->unnamed = sync::Semaphore::create(static_cast<uint32_t>(initial));
-        if (record->unnamed == nullptr)
-            return nullptr;
-    }
+    if (!record->state.create(record->header.name, 1, initial, permission))
+        return nullptr;
     record->owner = 1;
     return record.release();
 }
@@ -35,9 +22,7 @@ void *openSemaphore(const char *name) noexcept
     auto record = lock::buildRecord<SemaphoreRecord>(name, lock::kSemaphoreKind);
     if (!record)
         return nullptr;
-    const uint32_t key = keyOf(record->header.name);
-    record->setId = key != 0 ? openSet(key) : 0;
-    return record->setId != 0 ? record.release() : nullptr;
+    return record->state.open(record->header.name) ? record.release() : nullptr;
 }
 
 int32_t acquireSemaphore(void *semaphore, int32_t timeoutMs) noexcept
@@ -46,7 +31,7 @@ int32_t acquireSemaphore(void *semaphore, int32_t timeoutMs) noexcept
     SemaphoreRecord *record = lock::recordOf<SemaphoreRecord>(semaphore, lock::kSemaphoreKind, status);
     if (record == nullptr)
         return status;
-    return record->header.name != nullptr ? waitSet(record->setId, timeoutMs, false) : record->unnamed->wait(timeoutMs);
+    return record->state.wait(timeoutMs);
 }
 
 int32_t releaseSemaphore(void *semaphore, int32_t count, int32_t *previous) noexcept
@@ -57,11 +42,9 @@ int32_t releaseSemaphore(void *semaphore, int32_t count, int32_t *previous) noex
     SemaphoreRecord *record = lock::recordOf<SemaphoreRecord>(semaphore, lock::kSemaphoreKind, status);
     if (record == nullptr)
         return status;
-    const bool named = record->header.name != nullptr;
     if (previous != nullptr)
-        *previous = named ? setValue(record->setId) : record->unnamed->value();
-    return named ? postSet(record->setId, static_cast<uint32_t>(count))
-                 : record->unnamed->post(static_cast<uint32_t>(count));
+        *previous = record->state.value();
+    return record->state.post(static_cast<uint32_t>(count));
 }
 
 void destroySemaphore(void *semaphore) noexcept
@@ -70,10 +53,7 @@ void destroySemaphore(void *semaphore) noexcept
     lock::OwnedRecord<SemaphoreRecord> record(lock::recordOf<SemaphoreRecord>(semaphore, lock::kSemaphoreKind, status));
     if (!record || record->owner != 1)
         return;
-    if (record->header.name != nullptr)
-        removeSet(record->setId);
-    else
-        sync::Semaphore::destroy(record->unnamed);
+    record->state.remove();
 }
 
 }  // namespace zksupt::ipc

@@ -6,7 +6,7 @@
 #include <cstdint>
 
 #include "lock/object_record.h"
-#include "sync/semaphore.h"
+#include "ipc/counted_state.h"
 
 namespace zksupt::ipc {
 
@@ -15,8 +15,7 @@ inline constexpr int32_t kSemaphoreLimit = 32768;
 
 struct SemaphoreRecord {
     lock::ObjectHeader header;  // kind 2; the key name, or null
-    int32_t setId;              // named: the System V set
-    sync::Semaphore *unnamed;   // unnamed: the POSIX semaphore
+    CountedState state;         // the set, or the unnamed semaphore
     uint32_t owner;             // 1 from create (destroy removes the set), 0 from open
 };
 

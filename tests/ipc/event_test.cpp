@@ -93,7 +93,7 @@ TEST_F(Events, AnotherProcessOpensWaitsAndSeesTheMode)
 // Blocks until count processes wait on the event's set.
 bool waitersBlocked(void *event, int count)
 {
-    const int32_t id = static_cast<EventRecord *>(event)->setId;
+    const int32_t id = static_cast<EventRecord *>(event)->state.setId;
     for (int waited = 0; waited < test::kBoundSeconds * 1000; ++waited) {
         if (::semctl(id, 0, GETNCNT) == count)
             return true;
