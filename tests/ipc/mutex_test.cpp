@@ -1,5 +1,5 @@
-// Mutexes, named and unnamed, between threads and between processes; the
-// library's unnamed mutex underneath.
+// Mutexes between threads and processes, critical sections, and what a
+// killed holder of a mutex, file lock or semaphore unit leaves behind.
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
@@ -7,17 +7,21 @@
 
 #include <atomic>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include <zksupt/ipc.h>
 #include <zksupt/status.h>
 
+#include "ipc/critical_section.h"
 #include "ipc/mutex.h"
-#include "lock/object_name.h"
+#include "ipc/registry.h"
+#include "ipc/semaphore_set.h"
+#include "lock/file_lock.h"
 #include "processes.h"
 #include "support/sandbox.h"
-#include "sync/mutex.h"
 
 namespace zksupt::ipc {
 namespace {
@@ -25,215 +29,223 @@ namespace {
 using test::Child;
 using test::sandbox;
 
-mode_t modeOf(const char *path)
+MutexRecord *recordOf(void *mutex)
+{
+    return static_cast<MutexRecord *>(mutex);
+}
+
+mode_t modeOf(const std::string &path)
 {
     struct stat status {};
-    return stat(path, &status) == 0 ? status.st_mode & 07777 : 0;
+    return stat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
 }
 
-const char *lockFileOf(void *mutex)
+// Runs body(0) to body(count - 1) in threads at once.
+void inThreads(int count, const std::function<void(int)> &body)
 {
-    return static_cast<MutexRecord *>(mutex)->header.name;
-}
-
-TEST(UnnamedMutexBelow, ATimedLockTriesOnceAtZeroAndGivesUp)
-{
-    sync::Mutex mutex;
-    ASSERT_EQ(mutex.lock(-1), SM_STATUS_SUCCESS);
-    test::runBounded([&mutex] {
-        EXPECT_EQ(mutex.lock(0), SM_STATUS_TIMEOUT);
-        EXPECT_EQ(mutex.lock(12), SM_STATUS_TIMEOUT);
-    });
-    mutex.unlock();
-    test::runBounded([&mutex] {
-        ASSERT_EQ(mutex.lock(0), SM_STATUS_SUCCESS);
-        mutex.unlock();
+    test::runBounded([&] {
+        std::vector<std::thread> threads;
+        for (int t = 0; t < count; ++t)
+            threads.emplace_back(body, t);
+        for (std::thread &thread : threads)
+            thread.join();
     });
 }
 
 class Mutexes : public test::NoLeftovers {};
 
-TEST_F(Mutexes, UnnamedMutexKeepsOtherThreadsOut)
+// Record locks belong to the process: a named mutex keeps the process's own
+// threads apart with its thread mutex, as an unnamed one does.
+TEST_F(Mutexes, ThreadsTakeAMutexInTurn)
 {
-    void *mutex = SMMutexCreate(nullptr);
-    ASSERT_NE(mutex, nullptr);
-    EXPECT_EQ(lockFileOf(mutex), nullptr);
-    EXPECT_EQ(SMMutexLock(mutex, -1), SM_STATUS_SUCCESS);
-    test::runBounded([mutex] {
-        EXPECT_EQ(SMMutexLock(mutex, 0), SM_STATUS_TIMEOUT);
-        EXPECT_EQ(SMMutexLock(mutex, 20), SM_STATUS_TIMEOUT);
-    });
-    EXPECT_EQ(SMMutexUnLock(mutex), SM_STATUS_SUCCESS);
-    SMMutexDestroy(mutex);
+    for (const char *name : {static_cast<const char *>(nullptr), "threads in turn"}) {
+        SCOPED_TRACE(name != nullptr ? "named" : "unnamed");
+        void *mutex = SMMutexCreate(name);
+        ASSERT_NE(mutex, nullptr);
+        ASSERT_EQ(SMMutexLock(mutex, -1), SM_STATUS_SUCCESS);
+        inThreads(1, [mutex](int) {
+            EXPECT_EQ(SMMutexLock(mutex, 0), SM_STATUS_TIMEOUT);
+            EXPECT_EQ(SMMutexLock(mutex, 20), SM_STATUS_TIMEOUT);
+        });
+        EXPECT_EQ(SMMutexUnLock(mutex), SM_STATUS_SUCCESS);
+        int counter = 0;  // guarded by the mutex alone
+        inThreads(4, [&](int) {
+            for (int i = 0; i < 200; ++i) {
+                ASSERT_EQ(SMMutexLock(mutex, -1), SM_STATUS_SUCCESS);
+                ++counter;
+                SMMutexUnLock(mutex);
+            }
+        });
+        EXPECT_EQ(counter, 800);
+        SMMutexDestroy(mutex);
+    }
 }
 
-TEST_F(Mutexes, ThreadsOfOneProcessTakeANamedMutexInTurn)
-{
-    void *mutex = SMMutexCreate("threads in turn");
-    ASSERT_NE(mutex, nullptr);
-    int counter = 0;  // guarded by the mutex alone
-    test::runBounded([&] {
-        std::vector<std::thread> threads;
-        for (int t = 0; t < 4; ++t)
-            threads.emplace_back([&] {
-                for (int i = 0; i < 200; ++i) {
-                    ASSERT_EQ(SMMutexLock(mutex, -1), SM_STATUS_SUCCESS);
-                    ++counter;
-                    SMMutexUnLock(mutex);
-                }
-            });
-        for (std::thread &thread : threads)
-            thread.join();
-    });
-    EXPECT_EQ(counter, 800);
-    SMMutexDestroy(mutex);
-}
-
-// A holder in another process blocks; when it is killed the kernel drops
-// its record lock and the next try gets the mutex at once.
-TEST_F(Mutexes, AKilledHolderReleasesANamedMutexAtOnce)
+// A holder in another process keeps this one out (time-out 0 tries once);
+// killed, it frees what it held at once: the kernel drops its record locks
+// and gives back the semaphore units it took with undo.
+TEST_F(Mutexes, AKilledHolderReleasesAtOnce)
 {
     const char *name = "held across processes";
-    Child holder([name](Child &self) {
-        void *held = SMMutexCreate(name);
-        if (held == nullptr || SMMutexLock(held, -1) != SM_STATUS_SUCCESS)
-            return 1;
-        self.tell();
-        pause();
-        return 0;
-    });
-    ASSERT_EQ(holder.heard(), '!');
-    void *mutex = SMMutexOpen(name);
-    ASSERT_NE(mutex, nullptr);
-    EXPECT_EQ(SMMutexLock(mutex, 0), SM_STATUS_TIMEOUT);
-    EXPECT_EQ(SMMutexLock(mutex, 30), SM_STATUS_TIMEOUT);
-    holder.kill();
-    EXPECT_EQ(SMMutexLock(mutex, 0), SM_STATUS_SUCCESS);
-    EXPECT_EQ(SMMutexUnLock(mutex), SM_STATUS_SUCCESS);
-    SMMutexDestroy(mutex);
-}
-
-TEST_F(Mutexes, AWaitingProcessGetsTheMutexWhenItIsUnlocked)
-{
-    const char *name = "handed over";
     void *mutex = SMMutexCreate(name);
-    ASSERT_NE(mutex, nullptr);
-    ASSERT_EQ(SMMutexLock(mutex, -1), SM_STATUS_SUCCESS);
-    Child waiter([name](Child &self) {
-        void *opened = SMMutexOpen(name);
-        self.tell();
-        const int result = opened != nullptr && SMMutexLock(opened, -1) == SM_STATUS_SUCCESS ? 0 : 1;
-        SMMutexUnLock(opened);
-        SMMutexDestroy(opened);
-        return result;
-    });
-    ASSERT_EQ(waiter.heard(), '!');
-    usleep(50000);  // the waiter is most likely blocked by now; it passes either way
-    SMMutexUnLock(mutex);
-    EXPECT_EQ(waiter.wait(), 0);
+    lock::FileLock *file = lock::getFileLock(sandbox().path("var/data/held.ini").c_str());
+    const int32_t set = createSet(keyOf("zksupsmpHeld"), 1, 1, 0);
+    ASSERT_TRUE(mutex != nullptr && file != nullptr && set != 0);
+    const auto lockOnce = [mutex](int32_t timeout) {
+        const int32_t status = SMMutexLock(mutex, timeout);
+        if (status == SM_STATUS_SUCCESS)
+            SMMutexUnLock(mutex);
+        return status;
+    };
+    const auto fileOnce = [file](uint32_t mode) {
+        const int32_t status = lock::acquireFileLock(file, mode, 0);
+        if (status == SM_STATUS_SUCCESS)
+            lock::releaseFileLock(file);
+        return status;
+    };
+    const auto takeMutex = [name] { return SMMutexLock(SMMutexOpen(name), -1) == SM_STATUS_SUCCESS; };
+    const auto takeFile = [file](uint32_t mode) { return lock::acquireFileLock(file, mode, 1) == SM_STATUS_SUCCESS; };
+    const struct {
+        const char *what;
+        std::function<bool()> take;        // in the holder
+        std::function<int32_t()> tryOnce;  // here
+        int32_t whileHeld;
+    } cases[] = {
+        {"named mutex", takeMutex, [&] { return lockOnce(0); }, SM_STATUS_TIMEOUT},
+        {"named mutex, timed", takeMutex, [&] { return lockOnce(30); }, SM_STATUS_TIMEOUT},
+        {"exclusive file lock", [&] { return takeFile(lock::kExclusive); }, [&] { return fileOnce(lock::kShared); },
+         SM_STATUS_TIMEOUT},
+        {"shared file lock", [&] { return takeFile(lock::kShared); }, [&] { return fileOnce(lock::kExclusive); },
+         SM_STATUS_TIMEOUT},
+        {"shared file lock, shared", [&] { return takeFile(lock::kShared); }, [&] { return fileOnce(lock::kShared); },
+         SM_STATUS_SUCCESS},
+        {"semaphore unit taken with undo", [set] { return waitSet(set, 0, true) == SM_STATUS_SUCCESS; },
+         [set] { return setValue(set) == 1 ? SM_STATUS_SUCCESS : SM_STATUS_TIMEOUT; }, SM_STATUS_TIMEOUT},
+    };
+    for (const auto &c : cases) {
+        Child holder([&c](Child &self) {
+            if (!c.take())
+                return 1;
+            self.tell();
+            pause();
+            return 0;
+        });
+        ASSERT_EQ(holder.heard(), '!') << c.what;
+        EXPECT_EQ(c.tryOnce(), c.whileHeld) << c.what;
+        holder.kill();
+        EXPECT_EQ(c.tryOnce(), SM_STATUS_SUCCESS) << c.what << ", its holder killed";
+    }
+    removeSet(set);
     SMMutexDestroy(mutex);
 }
 
-TEST_F(Mutexes, LockFilesGetTheModeAskedForWhateverTheUmask)
+// A lock file gets the mode its permission maps to, whatever the umask; an
+// existing one keeps its mode, and stays when the mutex is destroyed.
+TEST_F(Mutexes, LockFilesGetTheModeAskedFor)
 {
     const mode_t saved = umask(077);
     const struct {
-        const char *name;
-        bool plain;
         int32_t permission;
         mode_t mode;
     } cases[] = {
-        {"mode default", true, 0, 0664},
-        {"mode owner rw", false, 0x06000000, 0600},
-        {"mode all read", false, 0x02020200, 0444},
+        {-1, 0664},         {0, 0600},          {0x04000000, 0200}, {0x0F000000, 0700}, {0x08000000, 0100},
+        {0x06040200, 0624}, {0x00010000, 0070}, {0x0A0A0A00, 0555}, {0x060000FF, 0600}, {0x70020000, 0040},
     };
     for (const auto &c : cases) {
-        void *mutex = c.plain ? SMMutexCreate(c.name) : SMMutexCreate_s(c.name, c.permission);
-        ASSERT_NE(mutex, nullptr) << c.name;
-        const std::string path = lockFileOf(mutex);
-        EXPECT_EQ(modeOf(path.c_str()), c.mode) << c.name;
+        void *mutex = c.permission == -1 ? SMMutexCreate("mode") : SMMutexCreate_s("mode", c.permission);
+        ASSERT_NE(mutex, nullptr);
+        const std::string path = recordOf(mutex)->header.name;
+        EXPECT_EQ(modeOf(path), c.mode) << std::hex << c.permission;
         SMMutexDestroy(mutex);
-        EXPECT_EQ(access(path.c_str(), F_OK), 0) << "the lock file stays";
-        // An existing lock file keeps its mode.
-        mutex = SMMutexCreate_s(c.name, -1);
-        EXPECT_EQ(modeOf(path.c_str()), c.mode) << c.name;
-        SMMutexDestroy(mutex);
+        SMMutexDestroy(SMMutexCreate_s("mode", 0x0F0F0F00));
+        EXPECT_EQ(modeOf(path), c.mode) << std::hex << c.permission;
         std::filesystem::remove(path);
     }
     umask(saved);
 }
 
-TEST_F(Mutexes, OpenNeedsAnExistingLockFile)
+// Open finds an existing lock file; a descriptor closed behind the mutex's
+// back is opened again.
+TEST_F(Mutexes, OpenAndALostDescriptor)
 {
     EXPECT_EQ(SMMutexOpen("never made"), nullptr);
-    EXPECT_EQ(SMMutexOpen(nullptr), nullptr);
     void *created = SMMutexCreate("made once");
     void *opened = SMMutexOpen("made once");
     ASSERT_NE(opened, nullptr);
-    EXPECT_STREQ(lockFileOf(opened), lockFileOf(created));
-    EXPECT_EQ(static_cast<MutexRecord *>(opened)->lockType, 1);
+    EXPECT_STREQ(recordOf(opened)->header.name, recordOf(created)->header.name);
+    EXPECT_EQ(recordOf(opened)->lockType, 1);
+    close(recordOf(opened)->fd);
+    EXPECT_EQ(SMMutexLock(opened, 0), SM_STATUS_SUCCESS);
+    EXPECT_GE(recordOf(opened)->fd, 0);
+    SMMutexUnLock(opened);
     SMMutexDestroy(opened);
     SMMutexDestroy(created);
 }
 
-// The lock file's descriptor closed behind the mutex's back is reopened.
-TEST_F(Mutexes, ALostDescriptorIsReopened)
-{
-    void *mutex = SMMutexCreate("lost descriptor");
-    ASSERT_NE(mutex, nullptr);
-    close(static_cast<MutexRecord *>(mutex)->fd);
-    EXPECT_EQ(SMMutexLock(mutex, 0), SM_STATUS_SUCCESS);
-    EXPECT_GE(static_cast<MutexRecord *>(mutex)->fd, 0);
-    SMMutexUnLock(mutex);
-    SMMutexDestroy(mutex);
-}
-
-// A lock file that is read-only for the caller takes shared record locks,
-// so two such processes hold the mutex together. Needs a user for whom the
-// file is really read-only: root drops to "nobody" in the children.
+// A lock file read-only for its user takes shared record locks, so two such
+// processes hold the mutex together; its owner's lock is exclusive.
 TEST_F(Mutexes, AReadOnlyLockFileIsSharedBetweenItsHolders)
 {
-    void *mutex = SMMutexCreate_s("read only for others", 0x06020200);  // 0644
+    if (geteuid() != 0)
+        GTEST_SKIP() << "needs root to run the holders as another user";
+    const char *name = "read only for others";
+    void *mutex = SMMutexCreate_s(name, 0x06020200);  // 0644
     ASSERT_NE(mutex, nullptr);
-    const std::string root = sandbox().root();
-    const std::vector<std::string> dirs{root, root + "/var", root + "/var/data", root + "/var/data/.ipc"};
-    std::vector<mode_t> modes;
-    for (const std::string &dir : dirs) {
-        modes.push_back(modeOf(dir.c_str()));
-        chmod(dir.c_str(), 0711);
+    EXPECT_EQ(recordOf(mutex)->lockType, 1);
+    std::vector<std::pair<std::string, mode_t>> dirs;
+    for (const char *dir : {"", "/var", "/var/data", "/var/data/.ipc"}) {
+        dirs.emplace_back(sandbox().root() + dir, modeOf(sandbox().root() + dir));
+        chmod(dirs.back().first.c_str(), 0711);
     }
-    const auto asOtherUser = [](const std::function<int(void *, Child &)> &body) {
-        return [body](Child &self) {
-            if (geteuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0))
-                return 90;
-            void *opened = SMMutexOpen("read only for others");
-            if (opened == nullptr || static_cast<MutexRecord *>(opened)->lockType != 0)
-                return 91;
-            const int result = body(opened, self);
-            SMMutexUnLock(opened);
-            SMMutexDestroy(opened);
-            return result;
-        };
-    };
-    Child first(asOtherUser([](void *opened, Child &self) {
-        if (SMMutexLock(opened, -1) != SM_STATUS_SUCCESS)
+    const auto holdAsNobody = [name](Child &self) {
+        if (setgid(65534) != 0 || setuid(65534) != 0)
             return 1;
+        void *opened = SMMutexOpen(name);
+        if (opened == nullptr || recordOf(opened)->lockType != 0 || SMMutexLock(opened, 0) != SM_STATUS_SUCCESS)
+            return 2;
         self.tell();
         pause();
         return 0;
-    }));
-    ASSERT_EQ(first.heard(), '!');
-    Child second(asOtherUser([](void *opened, Child &) { return SMMutexLock(opened, 0); }));
-    const int result = second.wait();
-    first.kill();
-    for (std::size_t i = 0; i < dirs.size(); ++i)
-        chmod(dirs[i].c_str(), modes[i]);
-    if (result == 91 && geteuid() != 0)
-        GTEST_SKIP() << "the owner may always write its own lock file";
-    EXPECT_EQ(result, SM_STATUS_SUCCESS);
-    // The owner writes, so its lock is exclusive.
-    EXPECT_EQ(static_cast<MutexRecord *>(mutex)->lockType, 1);
+    };
+    Child first(holdAsNobody);
+    EXPECT_EQ(first.heard(), '!');
+    Child second(holdAsNobody);
+    EXPECT_EQ(second.heard(), '!');
+    for (const auto &[dir, mode] : dirs)
+        chmod(dir.c_str(), mode);
     SMMutexDestroy(mutex);
+}
+
+int32_t countAlone(void *argument)
+{
+    auto *state = static_cast<std::pair<std::atomic<int>, int> *>(argument);
+    if (state->first.fetch_add(1) != 0)
+        ADD_FAILURE() << "two threads inside at once";
+    ++state->second;  // a plain count: only safe one thread at a time
+    state->first.fetch_sub(1);
+    return 7;
+}
+
+int32_t neverCalled(void *)
+{
+    ADD_FAILURE() << "a refused critical section ran its function";
+    return 0;
+}
+
+TEST(CriticalSections, ThreadsRunAFunctionOneAtATimeWithoutTimeOut)
+{
+    std::pair<std::atomic<int>, int> state{0, 0};
+    inThreads(4, [&state](int) {
+        for (int i = 0; i < 250; ++i)
+            EXPECT_EQ(SMCriticalSectionExecute(countAlone, &state, -1), SM_STATUS_SUCCESS);
+    });
+    EXPECT_EQ(state.second, 1000);
+    EXPECT_EQ(SMCriticalSectionExecute(nullptr, nullptr, -1), SM_STATUS_INVALID_PARAMETER);
+    for (const int32_t timeout : {0, 1000, -2})
+        EXPECT_EQ(SMCriticalSectionExecute(neverCalled, nullptr, timeout), SM_STATUS_INVALID_PARAMETER);
+    stopCriticalSections();
+    EXPECT_EQ(SMCriticalSectionExecute(neverCalled, nullptr, -1), SM_STATUS_INVALID_PARAMETER);
+    ASSERT_TRUE(startCriticalSections());
 }
 
 }  // namespace

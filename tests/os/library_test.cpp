@@ -5,7 +5,6 @@
 #include <dlfcn.h>
 
 #include <atomic>
-#include <cstring>
 #include <string>
 #include <thread>
 #include <vector>
@@ -19,10 +18,9 @@
 namespace {
 
 constexpr const char *kPlugin = ZKSUPT_TEST_PLUGIN;
+constexpr const char *kMissing = "/nonexistent/zksupt/plugin.so";
 constexpr const char *kTwice = "zksupt_plugin_twice";
-constexpr const char *kAnswer = "zksupt_plugin_answer";
 using Twice = int (*)(int);
-using Answer = int (*)();
 
 // Whether the loader has the plugin mapped now (asked without loading it).
 bool pluginLoaded()
@@ -33,6 +31,74 @@ bool pluginLoaded()
     return handle != nullptr;
 }
 
+Twice link(const char *user, const char *symbol = kTwice)
+{
+    return reinterpret_cast<Twice>(SMFLibLinkToExportFN(user, kPlugin, symbol));
+}
+
+TEST(Library, LoadResolveUnloadAndRefuse)
+{
+    SMLibrary *library = SMLibLoad(kPlugin);
+    ASSERT_NE(library, nullptr);
+    EXPECT_TRUE(pluginLoaded());
+    EXPECT_STREQ(library->path, kPlugin);
+    const auto twice = reinterpret_cast<Twice>(SMLibLinkToExportFN(library, kTwice));
+    ASSERT_NE(twice, nullptr);
+    EXPECT_EQ(twice(21), 42);
+    EXPECT_EQ(SMLibLinkToExportFN(library, "zksupt_plugin_missing"), nullptr);
+    EXPECT_EQ(SMLibLinkToExportFN(library, nullptr), nullptr);
+    EXPECT_EQ(SMLibUnLinkFromExportFN(library, nullptr), SM_STATUS_INVALID_PARAMETER);
+    EXPECT_EQ(SMLibUnLinkFromExportFN(library, reinterpret_cast<void *>(twice)), SM_STATUS_SUCCESS);
+
+    // Records of another kind or without a handle are refused and do not
+    // close the real handle they carry.
+    SMLibrary otherKind{1, nullptr, library->handle}, noHandle{0, nullptr, nullptr};
+    int anything = 0;
+    for (SMLibrary *refused : {&otherKind, &noHandle}) {
+        EXPECT_EQ(SMLibUnLoad(refused), SM_STATUS_BAD_OBJECT);
+        EXPECT_EQ(SMLibLinkToExportFN(refused, kTwice), nullptr);
+        EXPECT_EQ(SMLibUnLinkFromExportFN(refused, &anything), SM_STATUS_BAD_OBJECT);
+    }
+    EXPECT_EQ(SMLibUnLinkFromExportFN(&otherKind, nullptr), SM_STATUS_INVALID_PARAMETER);
+    EXPECT_TRUE(pluginLoaded());
+    EXPECT_EQ(SMLibUnLoad(library), SM_STATUS_SUCCESS);
+    EXPECT_FALSE(pluginLoaded());
+
+    EXPECT_EQ(SMLibLoad(nullptr), nullptr);
+    EXPECT_EQ(SMLibLoad(kMissing), nullptr);
+    EXPECT_EQ(SMLibUnLoad(nullptr), SM_STATUS_INVALID_PARAMETER);
+    EXPECT_EQ(SMLibLinkToExportFN(nullptr, kTwice), nullptr);
+    EXPECT_EQ(SMLibUnLinkFromExportFN(nullptr, &anything), SM_STATUS_INVALID_PARAMETER);
+    EXPECT_EQ(SMFLibLinkToExportFN(nullptr, kPlugin, kTwice), nullptr);
+    EXPECT_EQ(SMFLibLinkToExportFN("user", nullptr, kTwice), nullptr);
+    EXPECT_EQ(SMFLibLinkToExportFN("user", kMissing, kTwice), nullptr);
+    EXPECT_EQ(SMFLibUnLoad(nullptr, kPlugin), SM_STATUS_INVALID_PARAMETER);
+    EXPECT_EQ(SMFLibUnLoad("user", nullptr), SM_STATUS_INVALID_PARAMETER);
+    EXPECT_EQ(SMFLibUnLoad("user", kMissing), SM_STATUS_SUCCESS);
+}
+
+// Loaded once, whoever asks first; every let-go counts, listed user or
+// not, and the one that brings the count below 1 unloads.
+TEST(LibraryTable, UsersShareOneLoadUntilTheLastLetsGo)
+{
+    const Twice first = link("first");
+    ASSERT_NE(first, nullptr);
+    EXPECT_EQ(link("second"), first);
+    EXPECT_NE(link("second", "zksupt_plugin_answer"), nullptr);  // a user is listed and counted once
+    // A null symbol gives the one record, which works as any library record.
+    void *record = SMFLibLinkToExportFN("first", kPlugin, nullptr);
+    EXPECT_EQ(SMFLibLinkToExportFN("second", kPlugin, nullptr), record);
+    EXPECT_EQ(SMLibLinkToExportFN(static_cast<SMLibrary *>(record), kTwice), reinterpret_cast<void *>(first));
+    const struct {
+        const char *user;
+        bool loadedAfter;
+    } letGoes[] = {{"second", true}, {"second", false}, {"first", false}};
+    for (const auto &letGo : letGoes) {
+        EXPECT_EQ(SMFLibUnLoad(letGo.user, kPlugin), SM_STATUS_SUCCESS);
+        EXPECT_EQ(pluginLoaded(), letGo.loadedAfter) << letGo.user;
+    }
+}
+
 // Counts the loader lookups the table makes for symbols it has not kept.
 std::atomic<int> lookups{0};
 void *countedLookup(SMLibrary *library, const char *symbol) noexcept
@@ -41,122 +107,27 @@ void *countedLookup(SMLibrary *library, const char *symbol) noexcept
     return zksupt::os::linkToExport(library, symbol);
 }
 
-TEST(Library, LoadResolveAndUnloadByPath)
-{
-    ASSERT_FALSE(pluginLoaded());
-    SMLibrary *library = SMLibLoad(kPlugin);
-    ASSERT_NE(library, nullptr);
-    EXPECT_TRUE(pluginLoaded());
-    EXPECT_EQ(library->kind, 0u);
-    EXPECT_STREQ(library->path, kPlugin);
-    EXPECT_EQ(library->path, reinterpret_cast<char *>(library + 1));  // one block, path behind the record
-
-    auto twice = reinterpret_cast<Twice>(SMLibLinkToExportFN(library, kTwice));
-    ASSERT_NE(twice, nullptr);
-    EXPECT_EQ(twice(21), 42);
-    EXPECT_EQ(SMLibLinkToExportFN(library, "zksupt_plugin_missing"), nullptr);
-    EXPECT_EQ(SMLibUnLinkFromExportFN(library, reinterpret_cast<void *>(twice)), SM_STATUS_SUCCESS);
-    EXPECT_EQ(SMLibUnLoad(library), SM_STATUS_SUCCESS);
-    EXPECT_FALSE(pluginLoaded());
-}
-
-TEST(Library, RefusedRecordsAndArguments)
-{
-    // Records with the plugin's real handle, so only the checks keep it loaded.
-    void *handle = dlopen(kPlugin, RTLD_NOW);
-    ASSERT_NE(handle, nullptr);
-    SMLibrary otherKind{1, nullptr, handle};
-    SMLibrary noHandle{0, nullptr, nullptr};
-    int anything = 0;
-
-    EXPECT_EQ(SMLibLoad(nullptr), nullptr);
-    EXPECT_EQ(SMLibLoad("/nonexistent/zksupt/plugin.so"), nullptr);
-    EXPECT_EQ(SMLibUnLoad(nullptr), SM_STATUS_INVALID_PARAMETER);
-    EXPECT_EQ(SMLibUnLoad(&otherKind), SM_STATUS_BAD_OBJECT);
-    EXPECT_EQ(SMLibUnLoad(&noHandle), SM_STATUS_BAD_OBJECT);
-    EXPECT_EQ(SMLibLinkToExportFN(nullptr, kTwice), nullptr);
-    EXPECT_EQ(SMLibLinkToExportFN(&otherKind, kTwice), nullptr);
-    EXPECT_EQ(SMLibLinkToExportFN(&noHandle, kTwice), nullptr);
-    EXPECT_EQ(SMLibUnLinkFromExportFN(nullptr, &anything), SM_STATUS_INVALID_PARAMETER);
-    EXPECT_EQ(SMLibUnLinkFromExportFN(&otherKind, nullptr), SM_STATUS_INVALID_PARAMETER);
-    EXPECT_EQ(SMLibUnLinkFromExportFN(&otherKind, &anything), SM_STATUS_BAD_OBJECT);
-    EXPECT_EQ(SMLibUnLinkFromExportFN(&noHandle, &anything), SM_STATUS_BAD_OBJECT);
-
-    EXPECT_EQ(SMFLibLinkToExportFN(nullptr, kPlugin, kTwice), nullptr);
-    EXPECT_EQ(SMFLibLinkToExportFN("user", nullptr, kTwice), nullptr);
-    EXPECT_EQ(SMFLibLinkToExportFN("user", "/nonexistent/zksupt/plugin.so", kTwice), nullptr);
-    EXPECT_EQ(SMFLibUnLoad(nullptr, kPlugin), SM_STATUS_INVALID_PARAMETER);
-    EXPECT_EQ(SMFLibUnLoad("user", nullptr), SM_STATUS_INVALID_PARAMETER);
-    EXPECT_EQ(SMFLibUnLoad("user", "/nonexistent/zksupt/plugin.so"), SM_STATUS_SUCCESS);
-
-    SMLibrary *library = SMLibLoad(kPlugin);
-    ASSERT_NE(library, nullptr);
-    EXPECT_EQ(SMLibLinkToExportFN(library, nullptr), nullptr);
-    EXPECT_EQ(SMLibUnLinkFromExportFN(library, nullptr), SM_STATUS_INVALID_PARAMETER);
-    EXPECT_EQ(SMLibUnLoad(library), SM_STATUS_SUCCESS);
-    EXPECT_TRUE(pluginLoaded());  // the refused records did not close the handle
-    dlclose(handle);
-    EXPECT_FALSE(pluginLoaded());
-}
-
-TEST(LibraryTable, LoadedOnceAndKeptUntilTheLastUserLetsGo)
-{
-    const auto first = reinterpret_cast<Twice>(SMFLibLinkToExportFN("first", kPlugin, kTwice));
-    ASSERT_NE(first, nullptr);
-    const auto second = reinterpret_cast<Twice>(SMFLibLinkToExportFN("second", kPlugin, kTwice));
-    EXPECT_EQ(second, first);
-    EXPECT_EQ(second(4), 8);
-
-    // A null symbol gives the one record, which works as any library record.
-    void *record = SMFLibLinkToExportFN("first", kPlugin, nullptr);
-    ASSERT_NE(record, nullptr);
-    EXPECT_EQ(SMFLibLinkToExportFN("second", kPlugin, nullptr), record);
-    EXPECT_EQ(SMLibLinkToExportFN(static_cast<SMLibrary *>(record), kTwice), reinterpret_cast<void *>(first));
-
-    EXPECT_EQ(SMFLibUnLoad("first", kPlugin), SM_STATUS_SUCCESS);
-    EXPECT_TRUE(pluginLoaded());
-    EXPECT_EQ(first(5), 10);
-    EXPECT_EQ(SMFLibUnLoad("second", kPlugin), SM_STATUS_SUCCESS);
-    EXPECT_FALSE(pluginLoaded());
-}
-
-TEST(LibraryTable, EveryLetGoCountsListedUserOrNot)
-{
-    ASSERT_NE(SMFLibLinkToExportFN("repeat", kPlugin, kTwice), nullptr);
-    ASSERT_NE(SMFLibLinkToExportFN("repeat", kPlugin, kAnswer), nullptr);  // listed once
-    ASSERT_NE(SMFLibLinkToExportFN("other", kPlugin, nullptr), nullptr);
-    EXPECT_EQ(SMFLibUnLoad("repeat", kPlugin), SM_STATUS_SUCCESS);
-    EXPECT_TRUE(pluginLoaded());
-    EXPECT_EQ(SMFLibUnLoad("repeat", kPlugin), SM_STATUS_SUCCESS);  // no longer listed, still counted
-    EXPECT_FALSE(pluginLoaded());
-    EXPECT_EQ(SMFLibUnLoad("other", kPlugin), SM_STATUS_SUCCESS);  // the file is no longer in the table
-
-    ASSERT_NE(SMFLibLinkToExportFN("stranger-first", kPlugin, nullptr), nullptr);
-    EXPECT_EQ(SMFLibUnLoad("never-linked", kPlugin), SM_STATUS_SUCCESS);
-    EXPECT_FALSE(pluginLoaded());
-}
-
 TEST(LibraryTable, EachSymbolIsLookedUpOncePerLoad)
 {
     const zksupt::os::SymbolLookup loaderLookup = zksupt::os::replaceSymbolLookup(&countedLookup);
-    void *twice = SMFLibLinkToExportFN("a", kPlugin, kTwice);
-    ASSERT_NE(twice, nullptr);
-    EXPECT_EQ(SMFLibLinkToExportFN("a", kPlugin, kTwice), twice);
-    EXPECT_EQ(SMFLibLinkToExportFN("b", kPlugin, kTwice), twice);
-    EXPECT_EQ(lookups, 1);
-    const auto answer = reinterpret_cast<Answer>(SMFLibLinkToExportFN("b", kPlugin, kAnswer));
-    ASSERT_NE(answer, nullptr);
-    EXPECT_EQ(answer(), 42);
-    EXPECT_EQ(lookups, 2);
-    // A symbol that is not found is not kept: it is asked for again.
-    EXPECT_EQ(SMFLibLinkToExportFN("b", kPlugin, "zksupt_plugin_missing"), nullptr);
-    EXPECT_EQ(SMFLibLinkToExportFN("b", kPlugin, "zksupt_plugin_missing"), nullptr);
-    EXPECT_EQ(lookups, 4);
+    const struct {
+        const char *user, *symbol;
+        int lookups;
+    } links[] = {
+        {"a", kTwice, 1},
+        {"a", kTwice, 1},
+        {"b", kTwice, 1},
+        {"b", "zksupt_plugin_answer", 2},
+        {"b", "zksupt_plugin_missing", 3},
+        {"b", "zksupt_plugin_missing", 4},  // what is not found is not kept
+    };
+    for (const auto &l : links) {
+        EXPECT_EQ(link(l.user, l.symbol) != nullptr, l.lookups < 3) << l.user << " " << l.symbol;
+        EXPECT_EQ(lookups, l.lookups) << l.user << " " << l.symbol;
+    }
     EXPECT_EQ(SMFLibUnLoad("a", kPlugin), SM_STATUS_SUCCESS);
     EXPECT_EQ(SMFLibUnLoad("b", kPlugin), SM_STATUS_SUCCESS);
-
-    // A fresh load starts with no kept symbols.
-    ASSERT_NE(SMFLibLinkToExportFN("a", kPlugin, kTwice), nullptr);
+    ASSERT_NE(link("a"), nullptr);  // a fresh load starts with no kept symbols
     EXPECT_EQ(lookups, 5);
     EXPECT_EQ(SMFLibUnLoad("a", kPlugin), SM_STATUS_SUCCESS);
     EXPECT_FALSE(pluginLoaded());
@@ -165,24 +136,18 @@ TEST(LibraryTable, EachSymbolIsLookedUpOncePerLoad)
 
 TEST(LibraryTable, ThreadsLinkAndLetGoTogether)
 {
-    constexpr int kThreads = 4;
-    constexpr int kRounds = 100;
     std::atomic<int> wrong{0};
     std::vector<std::thread> threads;
-    for (int t = 0; t < kThreads; ++t) {
+    for (int t = 0; t < 4; ++t)
         threads.emplace_back([t, &wrong] {
             const std::string user = "user-" + std::to_string(t);
-            for (int round = 0; round < kRounds; ++round) {
-                const auto twice = reinterpret_cast<Twice>(SMFLibLinkToExportFN(user.c_str(), kPlugin, kTwice));
-                if (twice == nullptr || twice(round) != 2 * round)
-                    ++wrong;
-                if (round % 3 == 0 && SMFLibLinkToExportFN(user.c_str(), kPlugin, nullptr) == nullptr)
-                    ++wrong;
-                if (SMFLibUnLoad(user.c_str(), kPlugin) != SM_STATUS_SUCCESS)
-                    ++wrong;
+            for (int round = 0; round < 100; ++round) {
+                const Twice twice = link(user.c_str());
+                wrong += twice == nullptr || twice(round) != 2 * round;
+                wrong += round % 3 == 0 && link(user.c_str(), nullptr) == nullptr;
+                wrong += SMFLibUnLoad(user.c_str(), kPlugin) != SM_STATUS_SUCCESS;
             }
         });
-    }
     for (std::thread &thread : threads)
         thread.join();
     EXPECT_EQ(wrong.load(), 0);
@@ -191,14 +156,13 @@ TEST(LibraryTable, ThreadsLinkAndLetGoTogether)
 
 TEST(LibraryTable, StoppingTheModuleUnloadsEveryLibrary)
 {
-    ASSERT_NE(SMFLibLinkToExportFN("kept", kPlugin, kTwice), nullptr);
+    ASSERT_NE(link("kept"), nullptr);
     zksupt::os::stopLibraryTable();
     EXPECT_FALSE(pluginLoaded());
-    EXPECT_EQ(SMFLibLinkToExportFN("kept", kPlugin, kTwice), nullptr);  // not started: nothing loads
+    EXPECT_EQ(link("kept"), nullptr);  // not started: nothing loads
     EXPECT_EQ(SMFLibUnLoad("kept", kPlugin), SM_STATUS_SUCCESS);
-    EXPECT_FALSE(pluginLoaded());
     ASSERT_TRUE(zksupt::os::startLibraryTable());
-    ASSERT_NE(SMFLibLinkToExportFN("kept", kPlugin, kTwice), nullptr);
+    ASSERT_NE(link("kept"), nullptr);
     EXPECT_EQ(SMFLibUnLoad("kept", kPlugin), SM_STATUS_SUCCESS);
     EXPECT_FALSE(pluginLoaded());
 }
