@@ -38,9 +38,7 @@ void *createEvent(const char *name, int32_t manualReset, int32_t signalled, int3
 
 void *openEvent(const char *name) noexcept
 {
-    if (name == nullptr)
-        return nullptr;
-    auto record = lock::buildRecord<EventRecord>(name, lock::kEventKind);
+    auto record = lock::buildNamedRecord<EventRecord>(name, lock::kEventKind);
     if (!record)
         return nullptr;
     if (!record->state.open(record->header.name))

@@ -17,9 +17,7 @@ void *createSemaphore(const char *name, int32_t initial, int32_t permission) noe
 
 void *openSemaphore(const char *name) noexcept
 {
-    if (name == nullptr)
-        return nullptr;
-    auto record = lock::buildRecord<SemaphoreRecord>(name, lock::kSemaphoreKind);
+    auto record = lock::buildNamedRecord<SemaphoreRecord>(name, lock::kSemaphoreKind);
     if (!record)
         return nullptr;
     return record->state.open(record->header.name) ? record.release() : nullptr;

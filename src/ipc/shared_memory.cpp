@@ -64,9 +64,7 @@ void *attach(int segmentId) noexcept
 
 void *createSharedMemory(const char *name, uint32_t size, int32_t permission) noexcept
 {
-    if (name == nullptr)
-        return nullptr;
-    auto record = lock::buildRecord<SharedMemoryRecord>(name, lock::kSharedMemoryKind);
+    auto record = lock::buildNamedRecord<SharedMemoryRecord>(name, lock::kSharedMemoryKind);
     if (!record)
         return nullptr;
     // Without a key the segment and its guard are private to this record
@@ -109,9 +107,7 @@ void *createSharedMemory(const char *name, uint32_t size, int32_t permission) no
 
 void *openSharedMemory(const char *name) noexcept
 {
-    if (name == nullptr)
-        return nullptr;
-    auto record = lock::buildRecord<SharedMemoryRecord>(name, lock::kSharedMemoryKind);
+    auto record = lock::buildNamedRecord<SharedMemoryRecord>(name, lock::kSharedMemoryKind);
     if (!record)
         return nullptr;
     const uint32_t key = keyOf(record->header.name);

@@ -50,6 +50,13 @@ template <class Record> OwnedRecord<Record> buildRecord(const char *name, uint32
     return record;
 }
 
+// The record of an object that must have a name (an open, a segment): null
+// for a null name, else as buildRecord.
+template <class Record> OwnedRecord<Record> buildNamedRecord(const char *name, uint32_t kind) noexcept
+{
+    return name != nullptr ? buildRecord<Record>(name, kind) : nullptr;
+}
+
 // The handle as a record of kind: null with INVALID_PARAMETER for a null
 // handle, BAD_OBJECT when it is an object of another kind.
 template <class Record> Record *recordOf(void *handle, uint32_t kind, int32_t &status) noexcept
