@@ -2,12 +2,9 @@
 // every named-object entry does with bad input.
 #include <gtest/gtest.h>
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
-#include <climits>
-#include <filesystem>
 #include <functional>
 #include <string>
 #include <thread>
@@ -16,14 +13,11 @@
 #include <zksupt/ipc.h>
 #include <zksupt/status.h>
 
-#include "frame/lifecycle.h"
-#include "ipc/critical_section.h"
 #include "ipc/mutex.h"
 #include "ipc/registry.h"
 #include "ipc/rw_lock.h"
 #include "ipc/semaphore_set.h"
 #include "lock/file_lock.h"
-#include "lock/object_name.h"
 #include "processes.h"
 #include "support/sandbox.h"
 
@@ -31,17 +25,6 @@ namespace zksupt::ipc {
 namespace {
 
 using namespace test;
-
-MutexRecord *recordOf(void *mutex)
-{
-    return static_cast<MutexRecord *>(mutex);
-}
-
-mode_t modeOf(const std::string &path)
-{
-    struct stat status {};
-    return stat(path.c_str(), &status) == 0 ? status.st_mode & 07777 : 0;
-}
 
 class Mutexes : public test::NoLeftovers {};
 
@@ -119,63 +102,6 @@ TEST_F(Mutexes, AKilledHolderReleasesAtOnce)
     }
     removeSet(set);
     SMMutexDestroy(mutex);
-}
-
-// A lock file gets the mode its permission maps to, whatever the umask; an
-// existing one keeps its mode, and stays when the mutex is destroyed.
-TEST_F(Mutexes, LockFilesGetTheModeAskedFor)
-{
-    const mode_t saved = umask(077);
-    const struct {
-        int32_t permission;
-        mode_t mode;
-    } cases[] = {
-        {-1, 0664},         {0, 0600},          {0x04000000, 0200}, {0x0F000000, 0700}, {0x08000000, 0100},
-        {0x06040200, 0624}, {0x00010000, 0070}, {0x0A0A0A00, 0555}, {0x060000FF, 0600}, {0x70020000, 0040},
-    };
-    for (const auto &c : cases) {
-        void *mutex = c.permission == -1 ? SMMutexCreate("mode") : SMMutexCreate_s("mode", c.permission);
-        ASSERT_NE(mutex, nullptr);
-        const std::string path = recordOf(mutex)->header.name;
-        EXPECT_EQ(modeOf(path), c.mode) << std::hex << c.permission;
-        SMMutexDestroy(mutex);
-        SMMutexDestroy(SMMutexCreate_s("mode", 0x0F0F0F00));
-        EXPECT_EQ(modeOf(path), c.mode) << std::hex << c.permission;
-        std::filesystem::remove(path);
-    }
-    umask(saved);
-}
-
-int32_t countAlone(void *argument)
-{
-    auto *state = static_cast<std::pair<std::atomic<int>, int> *>(argument);
-    if (state->first.fetch_add(1) != 0)
-        ADD_FAILURE() << "two threads inside at once";
-    ++state->second;  // a plain count: only safe one thread at a time
-    state->first.fetch_sub(1);
-    return 7;
-}
-
-int32_t neverCalled(void *)
-{
-    ADD_FAILURE() << "a refused critical section ran its function";
-    return 0;
-}
-
-TEST(CriticalSections, ThreadsRunAFunctionOneAtATimeWithoutTimeOut)
-{
-    std::pair<std::atomic<int>, int> state{0, 0};
-    test::inThreads(4, [&state](int) {
-        for (int i = 0; i < 250; ++i)
-            EXPECT_EQ(SMCriticalSectionExecute(countAlone, &state, -1), SM_STATUS_SUCCESS);
-    });
-    EXPECT_EQ(state.second, 1000);
-    EXPECT_EQ(SMCriticalSectionExecute(nullptr, nullptr, -1), SM_STATUS_INVALID_PARAMETER);
-    for (const int32_t timeout : {0, 1000, -2})
-        EXPECT_EQ(SMCriticalSectionExecute(neverCalled, nullptr, timeout), SM_STATUS_INVALID_PARAMETER);
-    stopCriticalSections();
-    EXPECT_EQ(SMCriticalSectionExecute(neverCalled, nullptr, -1), SM_STATUS_INVALID_PARAMETER);
-    ASSERT_TRUE(startCriticalSections());
 }
 
 class Semaphores : public test::NoLeftovers {};

@@ -2,10 +2,8 @@
 // locks, across real processes.
 #include <gtest/gtest.h>
 
-#include <sched.h>
 #include <sys/sem.h>
 #include <sys/shm.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -259,59 +257,7 @@ TEST_F(SharedMemory, ACreatorHoldsTheNameUntilItsProcessEnds)
     removeSet(openSet(key));
 }
 
-// The creator's free removes the segment and its guard, and the name can be
-// made afresh; an opener's free only detaches.
-TEST_F(SharedMemory, TheCreatorsFreeRemovesTheSegmentAndItsGuard)
-{
-    const char *name = "freed segment";
-    void *created = SMSharedMemCreate_s(name, 64, 0x06000000);
-    ASSERT_NE(created, nullptr);
-    auto *record = static_cast<SharedMemoryRecord *>(created);
-    shmid_ds status{};
-    ASSERT_EQ(::shmctl(record->segmentId, IPC_STAT, &status), 0);
-    EXPECT_EQ(status.shm_perm.mode & 0777, 0600u);
-    EXPECT_EQ(setValue(record->guardId), 0) << "held by its live creator";
-    void *opened = SMSharedMemOpen(name);
-    ASSERT_NE(opened, nullptr);
-    EXPECT_NE(SMSharedMemGetAddressPtr(opened), SMSharedMemGetAddressPtr(created)) << "attached twice";
-    SMSharedMemFree(opened);
-    static_cast<char *>(SMSharedMemGetAddressPtr(created))[0] = 'k';
-
-    SMSharedMemFree(created);
-    EXPECT_EQ(SMSharedMemOpen(name), nullptr);
-    void *fresh = SMSharedMemCreate(name, 64);
-    ASSERT_NE(fresh, nullptr);
-    EXPECT_EQ(static_cast<char *>(SMSharedMemGetAddressPtr(fresh))[0], 0) << "a new, zeroed segment";
-    SMSharedMemFree(fresh);
-}
-
 using namespace lock;  // NOLINT
-
-class FileLocks : public NoLeftovers {};
-
-TEST_F(FileLocks, OneObjectPerPathTakenInEitherMode)
-{
-    const std::string a = sandbox().path("var/data/a.ini");
-    FileLock *lock = getFileLock(a.c_str());
-    ASSERT_NE(lock, nullptr);
-    EXPECT_NE(getFileLock(sandbox().path("var/data/b.ini").c_str()), lock);
-    EXPECT_EQ(getFileLock(a.c_str()), lock);
-    EXPECT_EQ(lock->lockPath, objectName(kFileLockKind, a.c_str())->view());
-    EXPECT_EQ(access(lock->lockPath.c_str(), F_OK), 0);
-    EXPECT_EQ(getFileLock(nullptr), nullptr);
-    EXPECT_EQ(acquireFileLock(nullptr, kShared, 1), SM_STATUS_INVALID_PARAMETER);
-    EXPECT_EQ(releaseFileLock(nullptr), SM_STATUS_INVALID_PARAMETER);
-    EXPECT_EQ(acquireFileLock(lock, 3, 1), SM_STATUS_INVALID_PARAMETER);
-    for (const uint32_t mode : {kShared, kExclusive}) {
-        ASSERT_EQ(acquireFileLock(lock, mode, 0), SM_STATUS_SUCCESS);
-        EXPECT_EQ(lock->mode, mode);
-        // Record locks belong to the process: the thread mutex keeps even
-        // shared holders of one process apart.
-        runBounded([lock] { EXPECT_EQ(acquireFileLock(lock, kShared, 0), SM_STATUS_TIMEOUT); });
-        EXPECT_EQ(releaseFileLock(lock), SM_STATUS_SUCCESS);
-        EXPECT_EQ(lock->fd, -1);
-    }
-}
 
 constexpr int kWriters = 3, kThreads = 3, kKeys = 8;
 
