@@ -1,5 +1,5 @@
-// Mutexes, critical sections, semaphores and reader-writer locks, and what
-// every named-object entry does with bad input.
+// Mutexes, semaphores and reader-writer locks, a killed holder of a lock,
+// and what every named-object family does with bad handles.
 #include <gtest/gtest.h>
 
 #include <unistd.h>
