@@ -13,6 +13,7 @@
 #include <zksupt/ipc.h>
 #include <zksupt/status.h>
 
+#include "ipc/critical_section.h"
 #include "ipc/mutex.h"
 #include "ipc/registry.h"
 #include "ipc/rw_lock.h"
@@ -306,6 +307,36 @@ TEST_P(RwLocks, ReadersShareAndAWaitingWriterGoesFirst)
 
 INSTANTIATE_TEST_SUITE_P(NamedAndUnnamed, RwLocks, ::testing::Values(nullptr, "shared rw lock"),
                          [](const auto &param) { return param.param != nullptr ? "named" : "unnamed"; });
+
+// Threads running one function through a critical section run it one at a
+// time; anything but a time-out of -1, or a stopped module, runs nothing.
+TEST(CriticalSections, OneThreadAtATimeAndRefusals)
+{
+    static std::atomic<int> inside{0};
+    static int count = 0;  // plain: only safe one thread at a time
+    const auto alone = [](void *) -> int32_t {
+        if (inside.fetch_add(1) != 0)
+            ADD_FAILURE() << "two threads inside at once";
+        ++count;
+        inside.fetch_sub(1);
+        return 7;
+    };
+    const auto neverCalled = [](void *) -> int32_t {
+        ADD_FAILURE() << "a refused critical section ran its function";
+        return 0;
+    };
+    test::inThreads(4, [&](int) {
+        for (int i = 0; i < 250; ++i)
+            EXPECT_EQ(SMCriticalSectionExecute(alone, nullptr, -1), SM_STATUS_SUCCESS);
+    });
+    EXPECT_EQ(count, 1000);
+    EXPECT_EQ(SMCriticalSectionExecute(nullptr, nullptr, -1), SM_STATUS_INVALID_PARAMETER);
+    for (const int32_t timeout : {0, 1000, -2})
+        EXPECT_EQ(SMCriticalSectionExecute(neverCalled, nullptr, timeout), SM_STATUS_INVALID_PARAMETER);
+    stopCriticalSections();
+    EXPECT_EQ(SMCriticalSectionExecute(neverCalled, nullptr, -1), SM_STATUS_INVALID_PARAMETER);
+    ASSERT_TRUE(startCriticalSections());
+}
 
 }  // namespace
 }  // namespace zksupt::ipc
