@@ -1,7 +1,5 @@
 #include "processes.h"
 
-#include "support/sandbox.h"
-
 #include <dirent.h>
 #include <poll.h>
 #include <signal.h>
@@ -11,7 +9,6 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <future>
 #include <sstream>
@@ -22,56 +19,49 @@ namespace zksupt::test {
 
 Child::Child(const std::function<int(Child &)> &body)
 {
-    if (::pipe(toParent_) != 0)
+    if (::pipe(pipe_) != 0)
         return;
     pid_ = ::fork();
     if (pid_ == 0) {
-        ::close(toParent_[0]);
-        toParent_[0] = -1;
+        ::close(pipe_[0]);
         _exit(body(*this));  // no gtest teardown, no atexit handlers in the child
     }
-    ::close(toParent_[1]);
-    toParent_[1] = -1;
+    ::close(pipe_[1]);
 }
 
 Child::~Child()
 {
     if (pid_ > 0 && !reaped_)
         kill();
-    if (toParent_[0] >= 0)
-        ::close(toParent_[0]);
+    ::close(pipe_[0]);
 }
 
 void Child::tell(char what)
 {
-    if (::write(toParent_[1], &what, 1) != 1)
+    if (::write(pipe_[1], &what, 1) != 1)
         _exit(120);
 }
 
 char Child::heard()
 {
-    pollfd ready{toParent_[0], POLLIN, 0};
+    pollfd ready{pipe_[0], POLLIN, 0};
     char what = 0;
-    if (::poll(&ready, 1, kBoundSeconds * 1000) == 1 && ::read(toParent_[0], &what, 1) == 1)
+    if (::poll(&ready, 1, kBoundSeconds * 1000) == 1 && ::read(pipe_[0], &what, 1) == 1)
         return what;
     return 0;
 }
 
 int Child::wait()
 {
-    if (pid_ <= 0)
-        return -1;
     int status = 0;
-    for (int waited = 0; waited < kBoundSeconds * 100; ++waited) {
-        const pid_t done = ::waitpid(pid_, &status, WNOHANG);
-        if (done == pid_) {
+    for (int waited = 0; pid_ > 0 && waited < kBoundSeconds * 100; ++waited, ::usleep(10000)) {
+        if (::waitpid(pid_, &status, WNOHANG) == pid_) {
             reaped_ = true;
             return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
         }
-        ::usleep(10000);
     }
-    kill();
     ADD_FAILURE() << "child " << pid_ << " overstayed and was killed";
+    kill();
     return -1;
 }
 
@@ -82,6 +72,29 @@ void Child::kill()
     while (::waitpid(pid_, &status, 0) < 0) {
     }
     reaped_ = true;
+}
+
+std::vector<int> inChildren(int count, const std::function<int(int)> &body)
+{
+    std::vector<std::unique_ptr<Child>> children;
+    for (int i = 0; i < count; ++i)
+        children.push_back(std::make_unique<Child>([&body, i](Child &) { return body(i); }));
+    std::vector<int> statuses;
+    for (auto &child : children)
+        statuses.push_back(child->wait());
+    return statuses;
+}
+
+std::unique_ptr<Child> holding(const std::function<bool()> &take)
+{
+    auto holder = std::make_unique<Child>([&take](Child &self) {
+        if (!take())
+            return 1;
+        self.tell();
+        pause();
+        return 0;
+    });
+    return holder->heard() == '!' ? std::move(holder) : nullptr;
 }
 
 std::vector<void *> ForeignHandles::except(uint32_t own, std::initializer_list<void *> more)
@@ -107,25 +120,15 @@ void runBounded(const std::function<void()> &f)
     runner.join();
 }
 
-namespace {
-
-std::string ipcDirectoryAway()
+void inThreads(int count, const std::function<void(int)> &body)
 {
-    return sandbox().ipcDir() + ".away";
-}
-
-}  // namespace
-
-KeylessRegistry::KeylessRegistry()
-{
-    std::filesystem::rename(sandbox().ipcDir(), ipcDirectoryAway());
-    std::ofstream{sandbox().ipcDir()};
-}
-
-KeylessRegistry::~KeylessRegistry()
-{
-    std::filesystem::remove(sandbox().ipcDir());
-    std::filesystem::rename(ipcDirectoryAway(), sandbox().ipcDir());
+    runBounded([&] {
+        std::vector<std::thread> threads;
+        for (int t = 0; t < count; ++t)
+            threads.emplace_back(body, t);
+        for (std::thread &thread : threads)
+            thread.join();
+    });
 }
 
 namespace {
@@ -147,6 +150,17 @@ std::set<int> identifiersIn(const char *path)
     return ids;
 }
 
+int openDescriptors()
+{
+    int count = 0;
+    if (DIR *dir = ::opendir("/proc/self/fd")) {
+        while (::readdir(dir) != nullptr)
+            ++count;
+        ::closedir(dir);
+    }
+    return count;
+}
+
 }  // namespace
 
 std::set<int> semaphoreSets()
@@ -159,42 +173,28 @@ std::set<int> sharedSegments()
     return identifiersIn("/proc/sysvipc/shm");
 }
 
-int openDescriptors()
-{
-    int count = 0;
-    if (DIR *dir = ::opendir("/proc/self/fd")) {
-        while (::readdir(dir) != nullptr)
-            ++count;
-        ::closedir(dir);
-    }
-    return count;
-}
+// What a test or the whole program may not leave behind.
+struct Snapshot {
+    std::set<int> sets = semaphoreSets(), segments = sharedSegments();
+    int descriptors = openDescriptors();
+};
 
 namespace {
 
-// The whole program leaves no semaphore set, segment or descriptor behind, tests
-// without the NoLeftovers fixture included. Registered before main adds
-// the library's environment, so it looks before the attach and after the
-// detach.
-class NothingLeftBehind : public ::testing::Environment {
-  public:
-    void SetUp() override
-    {
-        sets_ = semaphoreSets();
-        segments_ = sharedSegments();
-        descriptors_ = openDescriptors();
-    }
-    void TearDown() override
-    {
-        EXPECT_EQ(semaphoreSets(), sets_) << "the test program left semaphore sets behind";
-        EXPECT_EQ(sharedSegments(), segments_) << "the test program left shared-memory segments behind";
-        EXPECT_EQ(openDescriptors(), descriptors_) << "the test program left descriptors open";
-    }
+void expectUnchanged(const Snapshot &before)
+{
+    const Snapshot now;
+    EXPECT_EQ(now.sets, before.sets) << "semaphore sets were left behind";
+    EXPECT_EQ(now.segments, before.segments) << "shared-memory segments were left behind";
+    EXPECT_EQ(now.descriptors, before.descriptors) << "descriptors were left open";
+}
 
-  private:
-    std::set<int> sets_;
-    std::set<int> segments_;
-    int descriptors_ = 0;
+// Registered before main adds the library's environment, it looks before
+// the attach and after the detach.
+class NothingLeftBehind : public ::testing::Environment {
+    void SetUp() override { before_ = std::make_shared<Snapshot>(); }
+    void TearDown() override { expectUnchanged(*before_); }
+    std::shared_ptr<Snapshot> before_;
 };
 
 [[maybe_unused]] ::testing::Environment *const nothingLeftBehind =
@@ -202,18 +202,11 @@ class NothingLeftBehind : public ::testing::Environment {
 
 }  // namespace
 
-void NoLeftovers::SetUp()
-{
-    sets_ = semaphoreSets();
-    segments_ = sharedSegments();
-    descriptors_ = openDescriptors();
-}
+NoLeftovers::NoLeftovers() : before_(std::make_shared<Snapshot>()) {}
 
 void NoLeftovers::TearDown()
 {
-    EXPECT_EQ(semaphoreSets(), sets_) << "semaphore sets were left behind";
-    EXPECT_EQ(sharedSegments(), segments_) << "shared-memory segments were left behind";
-    EXPECT_EQ(openDescriptors(), descriptors_) << "descriptors were left open";
+    expectUnchanged(*before_);
 }
 
 }  // namespace zksupt::test

@@ -1,23 +1,22 @@
 // Real processes for the named-object tests: forked children that report
-// through a pipe and are killed when they overstay, and counts of what a
-// test may leave behind (System V semaphore sets and segments, open
-// descriptors).
+// through a pipe and are killed when they overstay, and what a test may
+// leave behind (System V semaphore sets and segments, open descriptors).
 #pragma once
 
 #include <gtest/gtest.h>
 
 #include <sys/types.h>
 
-#include <functional>
 #include <cstdint>
+#include <functional>
 #include <initializer_list>
+#include <memory>
 #include <set>
 #include <vector>
 
 namespace zksupt::test {
 
-// Bounds every wait of these tests: a child or thread still running after
-// it has failed, it does not hang the run.
+// Bounds every wait of these tests.
 inline constexpr int kBoundSeconds = 60;
 
 // A forked child running body; body's result is its exit status.
@@ -28,30 +27,28 @@ class Child {
     Child(const Child &) = delete;
     Child &operator=(const Child &) = delete;
 
-    // In the child: tells the parent something (one byte).
-    void tell(char what = '!');
-    // In the parent: the next byte the child told, or 0 when it said nothing
-    // within the bound (or ended).
-    char heard();
-    // The exit status, or -1 when it did not exit normally or had to be
-    // killed after the bound.
-    int wait();
-    // Ends the child at once with SIGKILL and reaps it.
-    void kill();
+    void tell(char what = '!');  // in the child
+    char heard();                // in the parent: 0 when nothing came within the bound
+    int wait();                  // the exit status; -1 when killed or overstaying
+    void kill();                 // SIGKILL and reap
     pid_t pid() const { return pid_; }
 
   private:
     pid_t pid_ = -1;
-    int toParent_[2] = {-1, -1};
+    int pipe_[2] = {-1, -1};
     bool reaped_ = false;
 };
 
-// Handles of the kinds a family's functions must refuse: records shaped
-// like every object's (kind first) of kinds 0 (library), 3 (shared memory),
-// 4 (event) and 6 (file lock).
+// Runs body(0) to body(count - 1) in children at once; their exit statuses.
+std::vector<int> inChildren(int count, const std::function<int(int)> &body);
+// A child that has taken what take takes and holds it until killed; null
+// when it could not take it.
+std::unique_ptr<Child> holding(const std::function<bool()> &take);
+
+// Records shaped like every object's (kind first) of kinds 0, 3, 4 and 6.
 class ForeignHandles {
   public:
-    // Those records, without the one of kind `own`, plus more handles.
+    // Those records, without the one of kind own, plus more handles.
     std::vector<void *> except(uint32_t own, std::initializer_list<void *> more);
 
   private:
@@ -63,37 +60,24 @@ class ForeignHandles {
     Record records_[4] = {{0, nullptr, {}}, {3, nullptr, {}}, {4, nullptr, {}}, {6, nullptr, {}}};
 };
 
-// Runs f in a thread and aborts the test program when f has not returned
-// within the bound, so a deadlock fails instead of hanging.
+// Runs f in a thread and aborts the program when it overstays the bound.
 void runBounded(const std::function<void()> &f);
+// Runs body(0) to body(count - 1) in threads at once, bounded.
+void inThreads(int count, const std::function<void(int)> &body);
 
-// While it lives, the sandbox's IPC directory is a plain file, so the
-// registry can give out no key and nothing can make the directory again.
-class KeylessRegistry {
-  public:
-    KeylessRegistry();
-    ~KeylessRegistry();
-    KeylessRegistry(const KeylessRegistry &) = delete;
-    KeylessRegistry &operator=(const KeylessRegistry &) = delete;
-};
-
-// The identifiers of this IPC namespace's semaphore sets.
 std::set<int> semaphoreSets();
-// The identifiers of this IPC namespace's shared-memory segments.
 std::set<int> sharedSegments();
-// How many descriptors the process has open.
-int openDescriptors();
+
+struct Snapshot;
 
 // A test that must leave no semaphore set, segment or descriptor behind.
 class NoLeftovers : public ::testing::Test {
   protected:
-    void SetUp() override;
+    NoLeftovers();
     void TearDown() override;
 
   private:
-    std::set<int> sets_;
-    std::set<int> segments_;
-    int descriptors_ = 0;
+    std::shared_ptr<Snapshot> before_;
 };
 
 }  // namespace zksupt::test
