@@ -328,7 +328,7 @@ TEST(SdoConfig, AddRefusesWhatItCannotHold)
 {
     Config config(SMSDOConfigAlloc());
     add(config.get(), 5, 6, {1, 2});
-    const Bytes two{7, 7}, noBlock{'S', 'D', 'X', 'B', 0, 0, 8, 0};
+    const Bytes two{7, 7}, noBlock = Bin().header("SDXB", 0, 8).bytes;
     const Bytes broken = Bin().header("SDOB", 1, 8).bytes;  // states a slot it has no room for
     void *const nullHandles[2] = {config.get(), nullptr};
     const std::tuple<uint16_t, uint8_t, const void *, uint32_t, int32_t> cases[] = {
