@@ -1,4 +1,5 @@
-// Typed values as text and back, and name-value parameter vectors.
+// Typed values as text and back (the radix checks are the number-text
+// helpers', tests/text_helpers), and name-value parameter vectors.
 #include <gtest/gtest.h>
 
 #include <sys/mman.h>
@@ -91,11 +92,9 @@ TEST(TypeText, ParsesEveryCode)
         {0x403, "FFFFFFFF", as<int32_t>(INT32_MAX)},
         {4, "-9223372036854775808", as<int64_t>(INT64_MIN)},
         {0x404, "0x7FFFFFFFFFFFFFFF", as<int64_t>(INT64_MAX)},
-        {0x404, "12345678901234567", "INVALID_PARAMETER"},
         {5, "256", "VALUE_TOO_LARGE"},
         {0x406, "0XfFfF", as<uint16_t>(65535)},
         {7, "-1", as<uint32_t>(UINT32_MAX)},
-        {0x407, "123456789", "INVALID_PARAMETER"},
         {8, "-1", as<uint64_t>(UINT64_MAX)},
         {0x208, "1777777777777777777777", as<uint64_t>(UINT64_MAX)},
         {0, "TRUE", as<uint16_t>(1)},
@@ -114,7 +113,6 @@ TEST(TypeText, ParsesEveryCode)
         {15, "10.1.2.254", "\x0A\x01\x02\xFE"},
         {15, "no address", "FAILURE"},
         {8, "+", "INVALID_PARAMETER"},
-        {0x503, "1", "INVALID_PARAMETER"},
         {4, "1.5", "INVALID_PARAMETER"},
     };
     for (const auto &[type, text, expected] : cases)
