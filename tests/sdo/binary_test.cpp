@@ -1,42 +1,94 @@
-// The binary forms: exact bytes and round trips, updates in place, the walk,
-// binary arrays, and refused input.
+// The configuration object and its binary forms: exact bytes, updates in
+// place, the walk, arrays, nesting and clones, sizes, and refused input.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <tuple>
+#include <vector>
 
-#include "sdo/sdo_test_util.h"
+#include <zksupt/zksupt.h>
+
+#include "support/values.h"
 
 namespace zksupt::test {
 namespace {
 
-// Entries to add (ID, type, value) and the binary form expected of them.
-const std::pair<std::vector<std::tuple<uint16_t, uint8_t, Bytes>>, Bytes> kLayouts[] = {
-    {{}, kEmpty},
-    {{{4, 7, {1, 2, 3, 4}}, {2, 0x40, {1, 2}}, {3, 0xF5, {1, 2, 3}}, {1, 5, {0xFF}}},
-     Bin()
-         .header("SDOB", 4, 40)
-         .inlined(1, 5, {0xFF})
-         .inlined(2, 0x40, {1, 2})
-         .inlined(3, 0xF5, {1, 2, 3})
-         .inlined(4, 7, {1, 2, 3, 4})
-         .bytes},
-    {{{7, 14, {1, 2, 3, 4, 5, 6}}}, Bin().header("SDOB", 1, 22).outOfLine(7, 14, 6, 8).raw({1, 2, 3, 4, 5, 6}).bytes},
-    {{{9, 9, Bytes(6, 9)}, {3, 5, {3}}, {5, 0x8E, Bytes(5, 5)}},
-     Bin()
-         .header("SDOB", 3, 43)
-         .inlined(3, 5, {3})
-         .outOfLine(5, 0x8E, 5, 16)
-         .outOfLine(9, 9, 6, 13)
-         .raw(Bytes(5, 5))
-         .raw(Bytes(6, 9))
-         .bytes},
-    {{{2, 0x2C, kChild}}, Bin().header("SDOB", 1, 32).outOfLine(2, 0x2C, 16, 8).raw(kChild).bytes},
-    {{{3, 0x5C, kPair}}, Bin().header("SDOB", 1, 48).outOfLine(3, 0x5C, 32, 8).raw(kPair).bytes},
+constexpr uint32_t kHandle = sizeof(void *);
+
+// A binary form in host byte order: Bin().header("SDOB", 1, 16).inlined(7, 6, {1, 2}).bytes
+struct Bin {
+    Bytes bytes;
+    Bin &raw(const Bytes &values)
+    {
+        bytes.insert(bytes.end(), values.begin(), values.end());
+        return *this;
+    }
+    Bin &u16(uint16_t v) { return raw(bytesOf(v)); }
+    Bin &header(const char *m, uint16_t n, uint16_t total) { return raw(Bytes(m, m + 4)).u16(n).u16(total); }
+    // The value left-aligned in the slot's four bytes, flags its length - 1.
+    Bin &inlined(uint16_t id, uint8_t type, const Bytes &value)
+    {
+        return u16(id).raw({type, static_cast<uint8_t>(value.size() - 1)}).raw(value).raw(Bytes(4 - value.size(), 0));
+    }
+    // A value of n bytes at the slot's start + at.
+    Bin &outOfLine(uint16_t id, uint8_t type, uint16_t n, uint16_t at) { return u16(id).raw({type, 4}).u16(n).u16(at); }
 };
+
+// An object with one 2-byte entry, an empty one, and an array of both.
+const Bytes kChild = Bin().header("SDOB", 1, 16).inlined(7, 6, {0xAB, 0xCD}).bytes;
+const Bytes kEmpty = Bin().header("SDOB", 0, 8).bytes;
+const Bytes kPair = Bin().header("SDAB", 2, 32).raw(kChild).raw(kEmpty).bytes;
+
+struct ConfigFree {
+    void operator()(SDOConfig *config) const { SMSDOConfigFree(config); }
+};
+using Config = std::unique_ptr<SDOConfig, ConfigFree>;
+
+// The bytes written into a buffer with room to spare, and the status expected.
+Bytes serialise(const SDOConfig *config, int32_t expected = SM_STATUS_SUCCESS)
+{
+    uint32_t size = SMSDOConfigGetBinarySize(config) + 64;
+    Bytes out(size);
+    EXPECT_EQ(SMSDOConfigToBinary(config, out.data(), &size), expected);
+    out.resize(size);
+    return out;
+}
+
+void add(SDOConfig *config, uint16_t id, uint8_t type, const Bytes &value, int32_t replace = 0)
+{
+    ASSERT_EQ(SMSDOConfigAddData(config, id, type, value.data(), static_cast<uint32_t>(value.size()), replace),
+              SM_STATUS_SUCCESS);
+}
 
 TEST(SdoBinary, ObjectsSerialiseToExactBytesAndReadBack)
 {
-    for (const auto &[items, expected] : kLayouts) {
+    // Entries to add (ID, type, value) and the binary form expected of them.
+    const std::pair<std::vector<std::tuple<uint16_t, uint8_t, Bytes>>, Bytes> layouts[] = {
+        {{}, kEmpty},
+        {{{4, 7, {1, 2, 3, 4}}, {2, 0x40, {1, 2}}, {3, 0xF5, {1, 2, 3}}, {1, 5, {0xFF}}},
+         Bin()
+             .header("SDOB", 4, 40)
+             .inlined(1, 5, {0xFF})
+             .inlined(2, 0x40, {1, 2})
+             .inlined(3, 0xF5, {1, 2, 3})
+             .inlined(4, 7, {1, 2, 3, 4})
+             .bytes},
+        {{{9, 9, Bytes(6, 9)}, {3, 5, {3}}, {5, 0x8E, Bytes(5, 5)}},
+         Bin()
+             .header("SDOB", 3, 43)
+             .inlined(3, 5, {3})
+             .outOfLine(5, 0x8E, 5, 16)
+             .outOfLine(9, 9, 6, 13)
+             .raw(Bytes(5, 5))
+             .raw(Bytes(6, 9))
+             .bytes},
+        {{{2, 0x2C, kChild}}, Bin().header("SDOB", 1, 32).outOfLine(2, 0x2C, 16, 8).raw(kChild).bytes},
+        {{{3, 0x5C, kPair}}, Bin().header("SDOB", 1, 48).outOfLine(3, 0x5C, 32, 8).raw(kPair).bytes},
+    };
+    for (const auto &[items, expected] : layouts) {
         SCOPED_TRACE(::testing::PrintToString(expected));
         Config config(SMSDOConfigAlloc());
         for (const auto &[id, type, value] : items)
@@ -55,7 +107,7 @@ TEST(SdoBinary, SetDataInPlaceOrByRebuilding)
                       .outOfLine(9, 14, 6, 8)
                       .raw(Bytes(6, 6))
                       .raw(Bytes(10, 0))
-                      .bytes;  // room for 40
+                      .bytes;
     const Bytes three{3, 3, 3}, five{5, 5, 5, 5, 5}, six{7, 7, 7, 7, 7, 7};
     uint32_t size = 40;
     EXPECT_EQ(SMSDOBinarySetData(block.data(), &size, 7, 6, three.data(), 3), SM_STATUS_SUCCESS);
@@ -63,7 +115,6 @@ TEST(SdoBinary, SetDataInPlaceOrByRebuilding)
     EXPECT_EQ(SMSDOBinarySetData(block.data(), &size, 9, 14, six.data(), 6), SM_STATUS_SUCCESS);
     EXPECT_EQ(Bytes(block.begin(), block.begin() + 30),
               Bin().header("SDOB", 2, 30).inlined(7, 6, {3, 3, 3}).outOfLine(9, 14, 6, 8).raw(six).bytes);
-
     const Bytes before = block;
     // ID, type, capacity, value size, status
     const std::tuple<uint16_t, uint8_t, uint32_t, uint32_t, int32_t> refused[] = {
@@ -115,38 +166,25 @@ struct Trace {
 
 TEST(SdoBinary, WalkVisitsDepthFirstWithCookies)
 {
-    const Bytes block = Bin()
-                            .header("SDOB", 3, 80)
-                            .inlined(1, 0xE5, {1})
-                            .outOfLine(2, 0x2C, 16, 16)
-                            .outOfLine(3, 0x1C, 32, 24)
-                            .raw(kChild)
-                            .raw(kPair)
-                            .bytes;
-    Trace trace;
-    EXPECT_EQ(SMSDOBinaryWalk(block.data(), &trace, Trace::begin, Trace::entry, Trace::after, Trace::end, 1),
+    const Bytes block =
+        Bin().header("SDOB", 3, 80).inlined(1, 0xE5, {1}).outOfLine(2, 0x2C, 16, 16).outOfLine(3, 0x1C, 32, 24).bytes;
+    const Bytes full = Bin{block}.raw(kChild).raw(kPair).bytes;
+    Trace trace, flat;
+    EXPECT_EQ(SMSDOBinaryWalk(full.data(), &trace, Trace::begin, Trace::entry, Trace::after, Trace::end, 1),
               SM_STATUS_SUCCESS);
     EXPECT_EQ(trace.events, (Events{"begin 0 0 3 -1", "entry 1 3 1 0 5 1", "after 101", "entry 2 0 1 0 12 16",
                                     "begin 102 0 1 -1", "entry 7 0 0 0 6 2", "after 107", "end 102 0", "after 102",
                                     "entry 3 0 0 1 12 32", "begin 103 1 2 -1", "begin 103 0 1 0", "entry 7 0 0 0 6 2",
-                                    "after 107", "end 103 0", "end 103 1", "after 103", "end 0 0"}));
-    Trace flat;
-    EXPECT_EQ(SMSDOBinaryWalk(block.data(), &flat, Trace::begin, Trace::entry, Trace::after, nullptr, 0), 5)
-        << "without an end callback: the last after-entry result";
-    EXPECT_EQ(flat.events, (Events{"begin 0 0 3 -1", "entry 1 3 1 0 5 1", "after 101", "entry 2 0 1 0 12 16",
-                                   "after 102", "entry 3 0 0 1 12 32", "after 103"}))
-        << "no nested blocks without recursion";
-    Trace elements;
-    EXPECT_EQ(SMSDOBinaryWalk(kPair.data(), &elements, Trace::begin, Trace::entry, nullptr, Trace::end, 0),
-              SM_STATUS_SUCCESS);
-    EXPECT_EQ(elements.events, (Events{"begin 0 1 2 -1", "begin 0 0 1 0", "end 0 0", "end 0 1"}))
+                                    "after 107", "end 103 0", "end 103 1", "after 103", "end 0 0"}))
         << "elements are opened and closed only; an empty one not at all";
+    EXPECT_EQ(SMSDOBinaryWalk(full.data(), &flat, Trace::begin, Trace::entry, Trace::after, nullptr, 0), 5)
+        << "without an end callback: the last after-entry result";
+    EXPECT_EQ(flat.events.size(), 7u) << "no nested blocks without recursion";
     for (const char *stop : {"entry 7 0 0 0 6 2", "begin 103 1 2 -1", "end 0 0"}) {
         Trace stopped{{}, stop};
-        EXPECT_EQ(SMSDOBinaryWalk(block.data(), &stopped, Trace::begin, Trace::entry, Trace::after, Trace::end, 1), 77);
+        EXPECT_EQ(SMSDOBinaryWalk(full.data(), &stopped, Trace::begin, Trace::entry, Trace::after, Trace::end, 1), 77);
         EXPECT_EQ(stopped.events.back(), stop);
     }
-
     // Two slots sharing one nested block, twelve levels deep: a walk that
     // trusted the slots would do twice the work at every level.
     Bin shared;
@@ -182,7 +220,6 @@ TEST(SdoBinary, ArraysOfObjects)
     EXPECT_EQ(count, 2u);
     ASSERT_EQ(SMSDOBinaryArrayToConfigArray(kPair.data(), configs, &count), SM_STATUS_SUCCESS);
     Config first(configs[0]), second(configs[1]);  // read back, they write kPair again below
-
     SDOConfig *const list[] = {first.get(), nullptr, second.get()};
     EXPECT_EQ(SMSDOConfigArrayToBinaryArray(list, 3, nullptr, &size), SM_STATUS_SUCCESS);
     EXPECT_EQ(size, 24u) << "a size query leaves out the header";
@@ -196,13 +233,9 @@ TEST(SdoBinary, ArraysOfObjects)
     EXPECT_EQ(written, kPair);
 }
 
-// What each call refuses: null pointers, too little room, a wrong magic
-// (BAD_OBJECT where a call only reads, INVALID_PARAMETER where it writes or
-// walks), and
-// damaged blocks, each in a buffer exactly as long as its header states so
-// that the sanitizer build catches a read beyond it; random damage is the
-// fuzz target's. Rows are evaluated in order: one may read what the row
-// before it wrote.
+// Null pointers, too little room, a wrong magic (BAD_OBJECT where a call only
+// reads), and damaged blocks, each exactly as long as its header states.
+// Rows run in order: one may read what the row before it wrote.
 TEST(SdoBinary, RefusedInput)
 {
     const auto handle = static_cast<uint16_t>(kHandle);
@@ -289,6 +322,151 @@ TEST(SdoBinary, RefusedInput)
         {made[0] == nullptr, 1}};
     for (size_t row = 0; row < std::size(rows); ++row)
         EXPECT_EQ(rows[row].first, rows[row].second) << "row " << row;
+}
+
+TEST(SdoConfig, AddRefusesWhatItCannotHold)
+{
+    Config config(SMSDOConfigAlloc());
+    add(config.get(), 5, 6, {1, 2});
+    const Bytes two{7, 7}, noBlock = Bin().header("SDXB", 0, 8).bytes;
+    const Bytes broken = Bin().header("SDOB", 1, 8).bytes;  // states a slot it has no room for
+    void *const nullHandles[2] = {config.get(), nullptr};
+    const std::tuple<uint16_t, uint8_t, const void *, uint32_t, int32_t> cases[] = {
+        {0, 6, two.data(), 2, SM_STATUS_INVALID_PARAMETER},
+        {0xFFFE, 6, two.data(), 2, SM_STATUS_INVALID_PARAMETER},
+        {0xFFFF, 6, two.data(), 2, SM_STATUS_INVALID_PARAMETER},
+        {6, 0, two.data(), 2, SM_STATUS_INVALID_PARAMETER},
+        {6, 6, nullptr, 2, SM_STATUS_INVALID_PARAMETER},
+        {6, 6, two.data(), 0, SM_STATUS_INVALID_PARAMETER},
+        {6, 12, two.data(), 2, SM_STATUS_INVALID_PARAMETER},
+        {6, 12, noBlock.data(), 8, SM_STATUS_INVALID_PARAMETER},
+        {6, 13, config.get(), 3, SM_STATUS_INVALID_PARAMETER},
+        {6, 12, broken.data(), 8, SM_STATUS_FAILURE},
+        {5, 6, two.data(), 2, SM_STATUS_DUPLICATE},
+        {6, 0x40, two.data(), 2, SM_STATUS_SUCCESS},
+        {6, 0x1D, nullHandles, 2 * kHandle, SM_STATUS_INVALID_PARAMETER},
+    };
+    for (const auto &[id, type, value, size, status] : cases)
+        EXPECT_EQ(SMSDOConfigAddData(config.get(), id, type, value, size, 0), status) << id << " " << +type;
+    EXPECT_EQ(serialise(config.get()), Bin().header("SDOB", 2, 24).inlined(5, 6, {1, 2}).inlined(6, 0x40, two).bytes)
+        << "a refused duplicate leaves the old value";
+
+    Config full(SMSDOConfigAlloc());
+    const Bytes big(65520, 1);
+    EXPECT_EQ(SMSDOConfigAddData(full.get(), 1, 14, big.data(), 65520, 0), SM_STATUS_LIMIT_REACHED)
+        << "8 + 8 + 65520 = 0x10000";
+    EXPECT_EQ(SMSDOConfigAddData(full.get(), 1, 14, big.data(), 65519, 0), SM_STATUS_SUCCESS);
+    EXPECT_EQ(SMSDOConfigAddData(full.get(), 2, 14, big.data(), 1, 0), SM_STATUS_LIMIT_REACHED);
+    EXPECT_EQ(SMSDOConfigAddData(full.get(), 1, 14, big.data(), 1, 1), SM_STATUS_LIMIT_REACHED)
+        << "the test ignores what a replace frees";
+}
+
+// The same lookups on the object and on its binary form, which differ in two
+// ways: by ID the binary reports an inline value as its four slot bytes, and
+// it writes the type (and ID) on success only.
+TEST(SdoConfig, LookupsOnTheObjectAndItsBinaryFormThenRemoval)
+{
+    const auto valueOf = [](uint16_t id) { return Bytes(id == 9 ? 6 : id / 2, static_cast<uint8_t>(id)); };
+    const uint16_t ascending[] = {3, 5, 9};
+    Config config(SMSDOConfigAlloc());
+    for (uint16_t id : {9, 3, 5})
+        add(config.get(), id, static_cast<uint8_t>(0x80 | id), valueOf(id));
+    const Bytes binary = serialise(config.get());
+    constexpr int32_t kOk = SM_STATUS_SUCCESS, kSmall = SM_STATUS_BUFFER_TOO_SMALL,
+                      kInvalid = SM_STATUS_INVALID_PARAMETER;
+    // By ID or by index, key, capacity; status, size reported by the object and by the binary form.
+    const std::tuple<bool, uint16_t, uint32_t, int32_t, uint32_t, uint32_t> lookups[] = {
+        {true, 5, 8, kOk, 2, 4},           {false, 0, 8, kOk, 1, 1},
+        {false, 2, 8, kOk, 6, 6},          {true, 9, 5, kSmall, 6, 6},
+        {false, 1, 1, kSmall, 2, 2},       {true, 4, 8, SM_STATUS_NOT_FOUND, 8, 8},
+        {true, 0xFFFF, 8, kInvalid, 8, 8}, {false, 3, 8, SM_STATUS_NOT_PRESENT, 8, 8}};
+    for (const auto &[byId, key, capacity, expected, objectSize, binarySize] : lookups)
+        for (const bool inBinary : {false, true}) {
+            SCOPED_TRACE(::testing::Message()
+                         << (inBinary ? "binary " : "object ") << (byId ? "ID " : "index ") << key);
+            uint8_t type = 0, out[8] = {};
+            uint16_t id = 0;
+            uint32_t size = capacity;
+            const int32_t status = inBinary
+                                       ? (byId ? SMSDOBinaryGetDataByID(binary.data(), key, &type, out, &size)
+                                               : SMSDOBinaryGetDataByIndex(binary.data(), key, &id, &type, out, &size))
+                                       : (byId ? SMSDOConfigGetDataByID(config.get(), key, &type, out, &size)
+                                               : SMSDOConfigGetDataByIndex(config.get(), key, &id, &type, out, &size));
+            EXPECT_EQ(status, expected);
+            EXPECT_EQ(size, inBinary ? binarySize : objectSize);
+            const bool found = status == kOk || (status == kSmall && !inBinary);
+            const uint16_t foundId = byId ? key : ascending[std::min(key, uint16_t{2})];
+            EXPECT_EQ(type, found ? 0x80 | foundId : 0);
+            EXPECT_EQ(id, found && !byId ? foundId : 0);
+            Bytes value = valueOf(foundId);
+            value.resize(status == kOk ? size : 0);
+            value.resize(sizeof out);
+            EXPECT_EQ(Bytes(out, out + sizeof out), value) << "in ascending ID order, padded; nothing on failure";
+        }
+
+    EXPECT_EQ(SMSDOConfigRemoveData(config.get(), 0, 0, 0), SM_STATUS_SUCCESS) << "an invalid ID selects by index";
+    EXPECT_EQ(SMSDOConfigRemoveData(config.get(), 0xFFFF, 1, 0), SM_STATUS_SUCCESS);
+    EXPECT_EQ(SMSDOConfigRemoveData(config.get(), 3, 0, 0), SM_STATUS_NOT_FOUND);
+    EXPECT_EQ(SMSDOConfigRemoveData(config.get(), 0, 1, 0), SM_STATUS_NOT_PRESENT);
+    EXPECT_EQ(serialise(config.get()), Bin().header("SDOB", 1, 16).inlined(5, 0x85, {5, 5}).bytes) << "3 and 9 gone";
+    add(config.get(), 5, 6, {1, 2, 3, 4, 5}, 1);
+    EXPECT_EQ(serialise(config.get()), Bin().header("SDOB", 1, 21).outOfLine(5, 6, 5, 8).raw({1, 2, 3, 4, 5}).bytes);
+    EXPECT_EQ(SMSDOConfigRemoveData(config.get(), 0, 0, 1), SM_STATUS_SUCCESS);
+    EXPECT_EQ(serialise(config.get()), kEmpty) << "all removed";
+}
+
+// Ownership is proven by the sanitizer build: a child not freed leaks, one
+// freed twice or too early is a use after free. A clone is deep and compares
+// equal by value; a recalculation charges inline values in full and leaves
+// out array headers, after which what is written no longer matches the size.
+TEST(SdoConfig, NestedChildrenCloneAndRecalculation)
+{
+    Config parent(SMSDOConfigAlloc());
+    SDOConfig *child = SMSDOBinaryToConfig(kChild.data());
+    ASSERT_EQ(SMSDOConfigAddData(parent.get(), 1, 13, child, kHandle, 0), SM_STATUS_SUCCESS);
+    SDOConfig *pair[2] = {SMSDOBinaryToConfig(kChild.data()), SMSDOConfigAlloc()};
+    ASSERT_EQ(SMSDOConfigAddData(parent.get(), 2, 0x1D, pair, sizeof pair, 0), SM_STATUS_SUCCESS);
+    EXPECT_EQ(SMSDOConfigGetBinarySize(parent.get()), 32u + 8 + 8 + 16 + 8) << "array header plus children";
+    add(parent.get(), 3, 0x26, {1, 2});
+    SDOConfig *held = nullptr;
+    uint8_t type = 0;
+    uint32_t size = kHandle;
+    ASSERT_EQ(SMSDOConfigGetDataByID(parent.get(), 1, &type, &held, &size), SM_STATUS_SUCCESS);
+    EXPECT_EQ(held, child) << "the value of a nested entry is its handle";
+
+    Config clone(SMSDOConfigClone(parent.get()));  // children it shared would be freed twice
+    EXPECT_EQ(SMSDOConfigCompareByValue(parent.get(), clone.get()), 1);
+    add(clone.get(), 3, 0x66, {1, 2}, 1);
+    EXPECT_EQ(SMSDOConfigCompareByValue(parent.get(), clone.get()), 0) << "attribute bits count";
+    EXPECT_EQ(SMSDOConfigReCalcBinarySize(clone.get()), 8u + 24 + 32 + 10) << "inline values in full, no array header";
+    EXPECT_EQ(serialise(clone.get(), SM_STATUS_FAILURE).size(), 80u) << "what is written no longer matches";
+    EXPECT_EQ(SMSDOConfigClone(clone.get()), nullptr);
+    EXPECT_EQ(SMSDOConfigCompareByValue(clone.get(), clone.get()), 0);
+
+    SDOConfig *stranger = SMSDOBinaryToConfig(kChild.data());
+    EXPECT_EQ(SMSDOConfigAddData(parent.get(), 2, 13, stranger, kHandle, 0), SM_STATUS_DUPLICATE)
+        << "still the caller's";
+    // Kept: freed here, it would be freed again when replaced below.
+    EXPECT_EQ(SMSDOConfigAddData(parent.get(), 1, 13, child, kHandle, 1), SM_STATUS_SUCCESS) << "same handle";
+    EXPECT_EQ(SMSDOConfigAddData(parent.get(), 1, 13, stranger, kHandle, 1), SM_STATUS_SUCCESS)
+        << "the old child is freed";
+    add(parent.get(), 2, 6, {1, 2}, 1);  // both array children are freed
+    EXPECT_EQ(SMSDOConfigAddData(parent.get(), 2, 12, kChild.data(), 16, 0), SM_STATUS_DUPLICATE)
+        << "objects made here are freed";
+    EXPECT_EQ(SMSDOConfigAddData(parent.get(), 2, 12, kPair.data(), 32, 0), SM_STATUS_DUPLICATE);
+    add(parent.get(), 4, 0x4C, kPair);
+    EXPECT_EQ(SMSDOConfigGetDataByID(parent.get(), 4, &type, nullptr, &size), SM_STATUS_BUFFER_TOO_SMALL);
+    EXPECT_EQ(std::make_pair(type, size), std::make_pair(uint8_t{0x5D}, 2 * kHandle)) << "two objects made here";
+    EXPECT_EQ(SMSDOConfigRemoveData(parent.get(), 4, 0, 0), SM_STATUS_SUCCESS) << "both children are freed";
+    EXPECT_EQ(serialise(parent.get()), Bin()
+                                           .header("SDOB", 3, 48)
+                                           .outOfLine(1, 12, 16, 24)
+                                           .inlined(2, 6, {1, 2})
+                                           .inlined(3, 0x26, {1, 2})
+                                           .raw(kChild)
+                                           .bytes);
+    add(stranger, 2, 6, {7, 7, 7, 7, 7, 7});
+    EXPECT_EQ(serialise(parent.get(), SM_STATUS_FAILURE).size(), 62u) << "the parent charged the child's old size";
 }
 
 }  // namespace

@@ -63,26 +63,13 @@ TEST(XmlWriter, WritesEveryValueType)
     const ucs2 units[] = {'p', 0xE9, '&', 0};
     const ucs2 *unitsPtr = units;
     const char *utf8Ptr = "x&y", *nullString = nullptr;
-    const uint16_t yes = 1, two = 2;
-    const int8_t i8 = -128;
-    const uint8_t u8 = 255, bytes[] = {0x01, 0xAB};
-    const int64_t i64 = INT64_MIN;
-    const double d = 2.5;
-    const uint32_t locale = 2057, u32 = 1;
-    const int32_t epoch = 0;
-    const SMXGValueOptions binary{0x100, 0}, list{0x400, 0}, octal{0x200, 0}, once{0, 1};
-    setenv("TZ", "UTC0", 1);  // the time text is local time
-    tzset();
+    const uint16_t yes = 1;
+    const uint8_t bytes[] = {0x01, 0xAB};
+    const uint32_t u32 = 1;
+    const SMXGValueOptions list{0x400, 0}, octal{0x200, 0}, once{0, 1};
+    // The text forms are the typed values' (tests/sdo); here what the writer adds.
     const std::tuple<const void *, uint32_t, uint32_t, const SMXGValueOptions *, std::string> cases[] = {
         {&yes, 2, 0, nullptr, "true"},
-        {&two, 2, 0, nullptr, "false"},
-        {&i8, 1, 1, nullptr, "-128"},
-        {&u8, 1, 5, &binary, "11111111"},
-        {&i64, 8, 4, nullptr, "-9223372036854775808"},
-        {&d, 8, 9, nullptr, "2.500"},
-        {&locale, 4, 10, nullptr, "en_GB"},
-        {&epoch, 4, 11, nullptr, "Thu Jan  1 00:00:00 1970"},
-        {bytes, 2, 12, nullptr, "01AB"},
         {bytes, 2, 12, &list, "0x01,0xAB"},
         {"a&b", 0, 13, nullptr, "a&b"},
         {"a&b", 2, 13, &once, "a"},
