@@ -1,16 +1,13 @@
-// The product registry and install paths: registry lines and the fallback
-// chain as tables over registry texts, then queries, reloads, environment
-// overrides and placeholder expansion over the sandbox installation.
+// Registry lines and the fallback chain over registry texts; path queries,
+// reloads and environment overrides over the sandbox installation.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <filesystem>
-#include <optional>
 #include <string>
 #include <tuple>
 
 #include <zksupt/config.h>
-#include <zksupt/frame.h>
 #include <zksupt/status.h>
 
 #include "config/path_table.h"
@@ -46,11 +43,9 @@ TEST(Registry, LinesTrimmingAndTheSuiteFallbackChain)
         {"Meridian.installpath=/opt/suite/m/ \n", -1, PathField::log, "/opt/suite"},
         {"Meridian.installpath=/opt/suite/m/ \n", 35, PathField::log, "NOT_FOUND"},
         {"Lodestar.installpath=/opt/l/\nMeridian.installpath=/m/x\n", -1, PathField::bin, "/opt"},
-        {"Lodestar.installpath=/l\n", -1, PathField::install, "/l"},
         {"tarn.installpath=/t//\nLodestar.installpath=/opt/l\n", -1, PathField::ini, "/t/"},
         {"tarn.logpath=/var/log/\ntarn.installpath=/t\n", -1, PathField::log, "/var/log"},
         {"Meridian.installpath = /x\n", 35, PathField::install, "NOT_FOUND"},
-        {"Meridian.installpath =/x\n", -1, PathField::install, "NOT_FOUND"},
         {"  # Meridian.logpath=/c\n\t;Meridian.logpath=/c\nMeridian.logpath /c\n", 35, PathField::log, "NOT_FOUND"},
         {" \tMeridian.logpath= \t/a b\t \n", 35, PathField::log, "/a b"},
         {"Meridian.logpath=/a\r\n", 35, PathField::log, "/a\r"},
@@ -59,7 +54,6 @@ TEST(Registry, LinesTrimmingAndTheSuiteFallbackChain)
         {"meridian.logpath=/a\n", 35, PathField::log, "NOT_FOUND"},
         {"keellib.vardatapath=/v\nkeellib.binpath=/b\nkeellib.configtool=/c\nkeellib.inipath=/i", 45,
          PathField::configTool, "/c"},
-        {"keellib.inipath=/i", 45, PathField::ini, "/i"},
         {wide + "Meridian.logpath=/p\n", 35, PathField::log, "/p"},
         {wide.substr(1) + "Meridian.logpath=/p\n", 35, PathField::log, "NOT_FOUND"},
         {"pell.installpath=/p\n", 7, PathField::install, "INVALID_PARAMETER"},
@@ -68,19 +62,7 @@ TEST(Registry, LinesTrimmingAndTheSuiteFallbackChain)
         EXPECT_EQ(answer(text, id, field), expected) << text.substr(0, 60) << " product " << id;
 }
 
-// Short names compare without case; a product ID's name is a heap copy.
-TEST(Registry, ShortNamesAndProductIds)
-{
-    EXPECT_EQ(SMProductSIDToID("KEELLIB") + SMProductSIDToID("tarn"), 45 - 1);
-    EXPECT_EQ(SMProductSIDToID("keel") + SMProductSIDToID(nullptr), 0);
-    char *sid = SMProductIDToSID(34);
-    EXPECT_STREQ(sid, "Lodestar");
-    SMFreeMem(sid);
-    EXPECT_EQ(SMProductIDToSID(7), nullptr);
-}
-
-// Queries through the table; tests that change the registry rebuild the
-// table and put the sandbox's registry back.
+// Queries through the table; the sandbox's registry is put back after each.
 class PathQuery : public ::testing::Test {
   protected:
     ~PathQuery() override { useRegistry(sandbox().defaultRegistry()); }
@@ -92,8 +74,7 @@ class PathQuery : public ::testing::Test {
         EXPECT_TRUE(cf::startPathTable());
     }
 
-    // The path, or the status and size of a failure (which leaves an empty
-    // text in the buffer).
+    // The path, or the status and size of a failure (an empty text left).
     static std::string query(int32_t id, uint32_t kind, uint32_t capacity = 512)
     {
         return zksupt::test::textOut(capacity, [&](char *buffer, uint32_t *size) {
@@ -121,7 +102,6 @@ TEST_F(PathQuery, EveryKindOfTheSandboxProducts)
         {-1, 64, s.suiteDir()},
         {45, 4, s.varDataDir()},
         {45, 2, "NOT_FOUND size 0"},
-        {45, 64, "NOT_FOUND size 0"},
         {7, 2, "NOT_FOUND size 0"},
         {35, 3, "INVALID_PARAMETER size 0"},
         {35, 1, "INVALID_PARAMETER size 0"},
@@ -136,8 +116,6 @@ TEST_F(PathQuery, EveryKindOfTheSandboxProducts)
     uint32_t size = 0;
     EXPECT_EQ(SMGetInstallPath(nullptr, &size), SM_STATUS_BUFFER_TOO_SMALL);
     EXPECT_EQ(size, needed);
-    EXPECT_EQ(SMGetInstallPathByProductID(35, nullptr, &size), SM_STATUS_SUCCESS);
-    EXPECT_EQ(size, needed);
 }
 
 TEST_F(PathQuery, MissingDirectoriesRegistryEditsAndFallbacks)
@@ -149,17 +127,10 @@ TEST_F(PathQuery, MissingDirectoriesRegistryEditsAndFallbacks)
     fs::remove(gone);
     EXPECT_EQ(query(35, 128), "BAD_OBJECT size 0");
 
-    // A product the table does not know yet is found after the registry is
-    // edited: the miss rebuilds the table.
+    // A miss rebuilds the table from the edited registry.
     EXPECT_EQ(query(33, 2), "NOT_FOUND size 0");
     sandbox().writeRegistry(sandbox().defaultRegistry() + "pell.installpath=" + sandbox().suiteDir() + "\n");
     EXPECT_EQ(query(33, 2), sandbox().suiteDir());
-
-    useRegistry("Meridian.installpath=" + sandbox().installDir() + "/ \n");
-    EXPECT_EQ(query(35, 2), sandbox().installDir());
-    EXPECT_EQ(query(35, 8), sandbox().installDir());
-    EXPECT_EQ(query(-1, 2), sandbox().suiteDir());
-    EXPECT_EQ(query(-1, 4), sandbox().suiteDir());
 
     fs::remove(sandbox().registryFile());
     cf::stopPathTable();
@@ -184,38 +155,6 @@ TEST_F(PathQuery, EnvironmentOverridesTheInstallPath)
         return ok ? 0 : 2;
     });
     EXPECT_EQ(result, 0);
-}
-
-// The first token, in any case, becomes the suite's install path; inputs of
-// 254 bytes or more are refused.
-TEST_F(PathQuery, PlaceholderExpansion)
-{
-    const std::string suite = sandbox().suiteDir(), longest(253, 'x'), tooLong(254, 'x');
-    const auto expand = [](const char *input, uint32_t capacity) {
-        return zksupt::test::textOut(
-            capacity, [input](char *b, uint32_t *s) { return SMExpandQvInstallPathString(input, b, s); });
-    };
-    const std::tuple<const char *, std::string> rows[] = {
-        {"@QVINSTALLPATH@/bin", suite + "/bin"},
-        {"a@qvInstallPath@b@qvinstallpath@", "a" + suite + "b@qvinstallpath@"},
-        {"no token", "no token"},
-        {"@qvinstallpath", "@qvinstallpath"},
-        {longest.c_str(), longest},
-    };
-    for (const auto &[input, expected] : rows) {
-        EXPECT_EQ(expand(input, 512), expected);
-        EXPECT_EQ(expand(input, static_cast<uint32_t>(expected.size())),
-                  "BUFFER_TOO_SMALL size " + std::to_string(expected.size() + 1));
-    }
-    EXPECT_EQ(expand(nullptr, 512), "INVALID_PARAMETER size 0");
-    EXPECT_EQ(expand(tooLong.c_str(), 512), "FAILURE size 0");
-    for (const char *input : {"@qvinstallpath@", "plain"}) {
-        uint32_t size = 64;
-        EXPECT_EQ(SMExpandQvInstallPathString(input, nullptr, &size), SM_STATUS_INVALID_PARAMETER);
-        EXPECT_EQ(size, 0u);
-    }
-    useRegistry("pell.installpath=/p\n");
-    EXPECT_EQ(expand("@qvinstallpath@", 64), "NOT_FOUND size 0");
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
-// What reaches the system log, proved without touching the machine's log: a
-// child process in a mount namespace of its own finds at /dev/log the test's
-// datagram socket.
+// What reaches the system log: a child in its own mount namespace finds the
+// test's datagram socket at /dev/log.
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
@@ -39,8 +38,7 @@ bool enterPrivateDevLog(const std::string &socketPath)
     return mount(socketPath.c_str(), "/dev/log", "none", MS_BIND, nullptr) == 0;
 }
 
-// The next datagram without glibc's timestamp: "<PRI>ident: text" from
-// "<PRI>Mmm dd hh:mm:ss ident: text"; "" when none comes.
+// The next datagram with the 16-byte timestamp after "<PRI>" cut; "" if none.
 std::string receive(int fd, int flags = 0)
 {
     std::vector<char> buffer(8192);
