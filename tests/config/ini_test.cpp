@@ -247,6 +247,19 @@ TEST_F(Ini, RefusalsAndTheirStatuses)
     EXPECT_EQ(readFile(at("new/t.ini")), "[s]\nk=v\n");
 }
 
+// A backup left by an interrupted replacement is what a read or write finds.
+TEST_F(Ini, BackupsLeftByAnInterruptedReplacement)
+{
+    put("t.ini", "[s]\nk=new\n");
+    put("t.bak", "[s]\nk=old\n");
+    EXPECT_EQ(read("s", "k"), "old");
+    EXPECT_EQ(names(), std::vector<std::string>{"t.ini"});
+    fs::rename(at("t.ini"), at("t.bak"));  // interrupted between the renames
+    EXPECT_EQ(write("s", "j", "1"), SM_STATUS_SUCCESS);
+    EXPECT_EQ(readFile(at("t.ini")), "[s]\nk=old\nj=1\n");
+    EXPECT_EQ(names(), std::vector<std::string>{"t.ini"});
+}
+
 // Makes fsync and fdatasync fail with EIO here; false where no filter can be set.
 bool failSyncs()
 {
