@@ -1,7 +1,5 @@
-// The hash-ID table: sizing, reservation and its statuses, both allocation
-// modes, the scans and enumeration. Every table is a block of exactly its
-// size, filled with set bits before it is cleared, so the address sanitizer
-// sees any access past the last whole word and a clear that misses a word shows.
+// The hash-ID table. Every table is a block of exactly its size, filled with set
+// bits before it is cleared, so the sanitizer sees any access past the last word.
 #include <gtest/gtest.h>
 
 #include <cstdlib>

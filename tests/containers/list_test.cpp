@@ -1,6 +1,4 @@
-// The singly and doubly linked lists, run through the same script of steps;
-// after each step the list is read back along every link, prev links and both
-// ends included.
+// Both linked lists run through one script, read back along every link after each step.
 #include <gtest/gtest.h>
 
 #include <cstring>

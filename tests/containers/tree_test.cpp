@@ -1,6 +1,4 @@
-// The red-black tree, checked node by node: links, colours, black heights and
-// the exact data pointers in order, against a std::map model; then the typed
-// tree over it.
+// The red-black tree checked node by node against a std::map model; then the typed tree.
 #include <gtest/gtest.h>
 
 #include <iterator>

@@ -1,9 +1,5 @@
-// The checksums and encodings. CRC-32 on both of its paths against a bit-at-a-
-// time reference, and the library's older checksum, which differs from CRC-32
-// in its feed test only. Base64 against RFC 4648, the encoder's read of the
-// byte after an incomplete last group, the decoder's group rules. MD5: RFC
-// 1321's suite through the compression on any host, the library's own padding
-// (host byte order, a second block from 55 bytes on), pieces, the record.
+// CRC-32 on both of its paths and the older checksum against a bit-at-a-time
+// reference; Base64 against RFC 4648 and its own group rules; MD5 against RFC 1321.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -47,26 +43,20 @@ uint32_t bitwise(const uint8_t *bytes, std::size_t length, std::size_t total, bo
     return reg;
 }
 
-TEST(Crc32, CheckValueEmptyInputAndNoCaseStrings)
+// The check value, the case-blind strings (long enough to be lowered in several
+// pieces, with every byte value), then both paths at every length, alignment and
+// split: from 64 bytes on the carry-less multiply folds where the processor has it.
+TEST(Crc32, CheckValueNoCaseStringsAndBothPathsAgainstTheReference)
 {
-    EXPECT_EQ(~bitwise(reinterpret_cast<const uint8_t *>("123456789"), 9, 9), 0xCBF43926u) << "the reference itself";
     EXPECT_EQ(SMCRC32Compute_str("123456789"), 0xCBF43926u);
     EXPECT_EQ(SMCRC32Compute_str(""), 0u);
     EXPECT_EQ(SMCRC32Compute_vn(nullptr, 0), 0u);
-    EXPECT_EQ(SMCRC32Compute_strncase("ABC"), SMCRC32Compute_str("abc"));
-
-    // Long enough to be lowered in several pieces, and with every byte value.
     std::string mixed, lowered;
     for (int i = 0; i < 700; ++i) {
         mixed += static_cast<char>(1 + (i * 37) % 255);
         lowered += static_cast<char>(std::tolower(static_cast<unsigned char>(mixed.back())));
     }
     EXPECT_EQ(SMCRC32Compute_strncase(mixed.c_str()), SMCRC32Compute_str(lowered.c_str()));
-}
-
-TEST(Crc32, BothPathsMatchTheReferenceForEveryLengthAlignmentAndSplit)
-{
-    // From 64 bytes on the carry-less multiply folds where the processor has it.
     for (std::size_t offset = 0; offset < 16; ++offset)
         for (std::size_t length = 0; length <= 600; ++length) {
             const uint8_t *start = kRandom.data() + offset;
@@ -124,10 +114,8 @@ TEST(Base64, Rfc4648VectorsBothWaysAndACallersAlphabet)
 
 TEST(Base64, IncompleteLastGroupTakesHighBitsOfTheNextByte)
 {
-    EXPECT_EQ(encode("Man", 3), "TWFu");
     EXPECT_EQ(encode("Man", 1), "TW==");  // 'a' follows: standard would be TQ==
     EXPECT_EQ(encode("Man", 2), "TWF=");  // 'n' follows: standard would be TWE=
-    EXPECT_EQ(encode("M", 1), "TQ==");
 
     // In general the characters before the padding are those of the input
     // with its next byte; with a 0 byte there the text is standard and decodes.
@@ -254,21 +242,16 @@ TEST(Md5, PiecesOfAnySizeGiveTheSameDigest)
     }
 }
 
-TEST(Md5, RecordFieldsAsCallersSeeThem)
+// The count is one host-order 64-bit number: its low word carries into the high one.
+TEST(Md5, CountCarriesAndUnloadClearsTheRecord)
 {
-    SMRFC1321Context context, expected = {{}, {0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476}, 0, {}, {}};
-    std::memset(&context, 0xAB, sizeof context);
-    std::memset(expected.block, 0xAB, sizeof expected.block);
+    SMRFC1321Context context;
     SMRFC1321Load(&context);
-    EXPECT_EQ(bytesOf(&context, 108), bytesOf(&expected, 108)) << "Load leaves the block alone";
-
-    // The count is one host-order 64-bit number: its low word carries into the high one.
     uint64_t count = 0xFFFFFFFF;
     std::memcpy(context.bitCount, &count, 8);
     SMRFC1321AddMsg(&context, "z", 1);
     std::memcpy(&count, context.bitCount, 8);
     EXPECT_EQ(count, uint64_t{0xFFFFFFFF} + 8);
-
     SMRFC1321UnLoad(&context);
     EXPECT_EQ(bytesOf(&context, 108), Bytes(108, 0));
 }

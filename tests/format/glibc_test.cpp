@@ -1,7 +1,6 @@
-// The engine against glibc's snprintf, on random directives where the two
-// must agree or differ only as documented: integer, character and string
-// conversions with random flags, widths and precisions (also through '*'),
-// and 'f', 'g' and 'e' over doubles from subnormal to huge.
+// The engine against glibc's snprintf on random directives, agreeing or differing
+// only as documented: every integer, character and string conversion with random
+// flags, widths and precisions (also through '*'), and 'f', 'g', 'e' over doubles.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -15,8 +14,7 @@
 
 namespace {
 
-// The engine's output or glibc's; the engine's result is the bytes stored,
-// here all of them, as glibc's is.
+// The engine's output or glibc's; the engine's result is the bytes stored.
 template <class... Args> std::string print(bool engine, const std::string &format, Args... args)
 {
     char out[2048];

@@ -58,36 +58,28 @@ TEST(Lifecycle, OnlyFirstAttachStartsAndLastDetachStopsInReverse)
     EXPECT_EQ(lifecycle.detach(), 1);
     EXPECT_EQ(events, (Events{1, 2, 3, 4, 5, 6, 7, 8, 9})) << "one detach of two attaches stops nothing";
     EXPECT_EQ(lifecycle.unloading(), 0);
-
     EXPECT_EQ(lifecycle.detach(), 1);
-    EXPECT_EQ(events, (Events{1, 2, 3, 4, 5, 6, 7, 8, 9, -9, -8, -7, -6, -5, -4, -3, -2, -1}));
+    EXPECT_EQ(Events(events.begin() + 9, events.end()), (Events{-9, -8, -7, -6, -5, -4, -3, -2, -1}));
     EXPECT_EQ(lifecycle.unloading(), 1);
     EXPECT_EQ(lifecycle.detach(), 0);
-
-    // A fresh attach after the last detach starts everything again and clears the flag.
-    EXPECT_EQ(lifecycle.attach(), 1);
+    EXPECT_EQ(lifecycle.attach(), 1) << "a fresh attach after the last detach starts everything again";
     EXPECT_EQ(events.size(), 27u);
     EXPECT_EQ(lifecycle.unloading(), 0);
 }
 
+// A failing module rolls back the ones before it; later attaches run without modules.
 TEST(Lifecycle, FailingModuleRollsBackTheOnesBeforeIt)
 {
     EXPECT_EQ(firstAttach(kNine, 1, 0), (Events{1})) << "nothing is stopped when module 1 fails";
-    EXPECT_EQ(firstAttach(kNine, 5, 0), (Events{1, 2, 3, 4, 5, -4, -3, -2, -1}));
     EXPECT_EQ(firstAttach(kNine, 9, 0), (Events{1, 2, 3, 4, 5, 6, 7, 8, 9, -8, -7, -6, -5, -4, -3, -2, -1}));
     constexpr std::array<Module, 3> gap{{kNine[0], notBuiltYet("not built"), kNine[2]}};
     EXPECT_EQ(firstAttach(gap, 3, 0), (Events{1, 3, -1})) << "slots not built are skipped";
-}
-
-TEST(Lifecycle, AfterAFailedStartLaterAttachesRunWithoutModules)
-{
     events.clear();
     failingSlot = 5;
     Lifecycle lifecycle{kNine};
     EXPECT_EQ(lifecycle.attach(), 0);
+    EXPECT_EQ(events, (Events{1, 2, 3, 4, 5, -4, -3, -2, -1}));
     EXPECT_EQ(lifecycle.attachCount(), 0);
-    EXPECT_EQ(lifecycle.moduleStartCount(), 1);
-
     events.clear();
     EXPECT_EQ(lifecycle.attach(), 1);
     EXPECT_EQ(lifecycle.attachCount(), 1);

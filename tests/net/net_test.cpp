@@ -1,6 +1,5 @@
-// Network addressing: the conversions as tables, the host name and DNS suffix,
-// the lists' count contract against getifaddrs(), the IPv6 order over a
-// synthetic if_inet6 table, the not-ready and missing-pointer answers.
+// Network addressing: conversions, host name and DNS suffix, the lists against
+// getifaddrs() and a synthetic if_inet6 table, not-ready and missing pointers.
 #include <gtest/gtest.h>
 
 #include <arpa/inet.h>

@@ -1,6 +1,4 @@
-// The two converters: sizes and capacities, what the decoder accepts, the
-// library's own handling of code points above 0xFFFF and agreement with the C
-// library's iconv.
+// The two converters: sizes and capacities, what the decoder accepts, and iconv.
 #include <gtest/gtest.h>
 
 #include <iconv.h>

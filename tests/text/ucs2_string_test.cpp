@@ -1,6 +1,4 @@
-// The string functions: the UCS-2 family and its tokenizer (the _s variants
-// get sizes too small for the data: they must ignore them), the byte-wise
-// UTF-8 helpers, and every text function that takes a null.
+// The UCS-2 string family and its tokenizer, the UTF-8 helpers, and nulls.
 #include <gtest/gtest.h>
 
 #include <thread>
