@@ -50,9 +50,14 @@ void work(void *argument)
     released.wait_for(kBound);
 }
 
+// Whether the thread is gone from the process; an emulator may take a moment
+// after the join to retire its host thread, so this waits a bounded while.
 bool ended(pid_t tid)
 {
-    return !std::filesystem::exists("/proc/self/task/" + std::to_string(tid));
+    const std::string task = "/proc/self/task/" + std::to_string(tid);
+    for (int waited = 0; waited < 5000 && std::filesystem::exists(task); ++waited)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    return !std::filesystem::exists(task);
 }
 
 TEST(Threads, StartedThreadIsNamedJoinableWithTheLibraryStackAndStopJoinsIt)
