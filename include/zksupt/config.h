@@ -1,4 +1,4 @@
-/* Configuration: the product registry and install paths, and the INI file engine. */
+/* Configuration: the product registry and install paths, the INI file engine and property files. */
 #ifndef ZKSUPT_CONFIG_H
 #define ZKSUPT_CONFIG_H
 
@@ -50,6 +50,23 @@ ZKSUPT_API char *SMReadINISectionKeyUTF8Value(const char *section, const char *k
  */
 ZKSUPT_API uint32_t SMReadINIEnums32Value(const char *section, const char *key, const SMEnumRow *rows, uint32_t count,
                                           int32_t multi, const char *path, int16_t lockWait) ZKSUPT_NOEXCEPT;
+
+/* Reads the value of the first line whose key selects key (a line key selects every key it begins: "p" selects
+ * "port") as an SDO type code gives it (as SMXLTUTF8ToTypeValue), into buffer; *size in/out. A null key with type 13
+ * lists the keys instead: NUL-terminated, one more NUL at the end. Statuses: 0x10F null size or path, 3 the file lock
+ * was busy (lockWait other than 1 tries once), 0x104 file unreadable, 0x107 no such key (*size 0), 0x10 too small,
+ * or the parse's. On any failure a default of at most the capacity is copied (*size its size); the status stays.
+ * Takes the file's cross-process lock shared; safe from any thread. */
+ZKSUPT_API int32_t SMPropertyFileReadValue(const char *key, uint32_t type, void *buffer, uint32_t *size,
+                                           const void *defaultValue, uint32_t defaultSize, const char *path,
+                                           int16_t lockWait) ZKSUPT_NOEXCEPT;
+/* Replaces the first line whose key selects key, with the old value's continuation lines, by "key=text" (the value
+ * as SMXLTTypeValueToUTF8 writes it) through a copy that takes the file's place. A key the file does not hold is not
+ * added: the file is then replaced by an empty one. Statuses: 0x10F null key, value or path, 0x104 file unreadable,
+ * 7 no temporary file, 0x13 the copy could not be written (the file stays as it was), -1 no temporary name, 0x110,
+ * or the text form's. Takes the file's cross-process lock exclusively; safe from any thread. */
+ZKSUPT_API int32_t SMPropertyFileWriteValue(const char *key, uint32_t type, const void *value, uint32_t valueSize,
+                                            const char *path, int16_t lockWait) ZKSUPT_NOEXCEPT;
 
 ZKSUPT_END_DECLS
 
