@@ -1,4 +1,4 @@
-/* Configuration: the product registry and install paths, the INI file engine and property files. */
+/* Configuration: the product registry and install paths, the INI file engine, property files and string tables. */
 #ifndef ZKSUPT_CONFIG_H
 #define ZKSUPT_CONFIG_H
 
@@ -67,6 +67,19 @@ ZKSUPT_API int32_t SMPropertyFileReadValue(const char *key, uint32_t type, void 
  * or the text form's. Takes the file's cross-process lock exclusively; safe from any thread. */
 ZKSUPT_API int32_t SMPropertyFileWriteValue(const char *key, uint32_t type, const void *value, uint32_t valueSize,
                                             const char *path, int16_t lockWait) ZKSUPT_NOEXCEPT;
+
+/* Copies the first line of string ID's text from the string table at path: key "%X:%X" of language and ID in the
+ * section "MISCELLANEOUS STRING ID SECTION", or with language 0 in "ASCII EN_US DEFAULT STRING ID SECTION". A null
+ * *languageID or 0, 437 or 1033 mean English; a string missing in another language falls back to English and sets
+ * *languageID to 0. Returns the bytes copied with the NUL, also stored in *size, or 0 when the string is missing or
+ * does not fit (a size query too). A null path gives the text "Invalid Path File Name". */
+ZKSUPT_API uint32_t SMGetUTF8StrFromIDPathFile(uint32_t stringID, uint32_t *languageID, const char *path, char *buffer,
+                                               uint32_t *size) ZKSUPT_NOEXCEPT;
+/* As SMGetUTF8StrFromIDPathFile on the suite's zksdst32.ini, as UCS-2, after IDs in the OEM range of zkisdy32.ini
+ * (read once per process) are moved by its offset. Returns, and stores in *size: the bytes converted; the bytes
+ * needed when *size is below twice the UTF-8 size; that UTF-8 size when buffer or size is null; or 0. */
+ZKSUPT_API uint32_t SMGetUCS2StrFromID(uint32_t stringID, uint32_t *languageID, ucs2 *buffer,
+                                       uint32_t *size) ZKSUPT_NOEXCEPT;
 
 ZKSUPT_END_DECLS
 

@@ -7,6 +7,7 @@
 #include "config/path_table.h"
 #include "config/products.h"
 #include "config/property_file.h"
+#include "config/string_table.h"
 
 namespace cf = zksupt::config;
 
@@ -29,6 +30,9 @@ uint32_t SMReadINIEnums32Value(const char *section, const char *key, const SMEnu
 
 int32_t SMPropertyFileReadValue(const char *key, uint32_t type, void *buffer, uint32_t *size, const void *defaultValue, uint32_t defaultSize, const char *path, int16_t lockWait) noexcept { return cf::readProperty(key, type, buffer, size, defaultValue, defaultSize, path, lockWait); }
 int32_t SMPropertyFileWriteValue(const char *key, uint32_t type, const void *value, uint32_t valueSize, const char *path, int16_t lockWait) noexcept { return cf::writeProperty(key, type, value, valueSize, path, lockWait); }
+
+uint32_t SMGetUTF8StrFromIDPathFile(uint32_t stringID, uint32_t *languageID, const char *path, char *buffer, uint32_t *size) noexcept { return cf::stringFromIdPathFile(stringID, languageID, path, buffer, size); }
+uint32_t SMGetUCS2StrFromID(uint32_t stringID, uint32_t *languageID, ucs2 *buffer, uint32_t *size) noexcept { return cf::ucs2StringFromId(stringID, languageID, buffer, size); }
 
 }  // extern "C"
 // clang-format on
