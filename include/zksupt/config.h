@@ -1,4 +1,5 @@
-/* Configuration: the product registry and install paths, the INI file engine, property files and string tables. */
+/* Configuration: the product registry and install paths, the INI file engine, property files, string tables by ID
+ * and the language of the process. */
 #ifndef ZKSUPT_CONFIG_H
 #define ZKSUPT_CONFIG_H
 
@@ -80,6 +81,16 @@ ZKSUPT_API uint32_t SMGetUTF8StrFromIDPathFile(uint32_t stringID, uint32_t *lang
  * needed when *size is below twice the UTF-8 size; that UTF-8 size when buffer or size is null; or 0. */
 ZKSUPT_API uint32_t SMGetUCS2StrFromID(uint32_t stringID, uint32_t *languageID, ucs2 *buffer,
                                        uint32_t *size) ZKSUPT_NOEXCEPT;
+/* The language of the process from LANG, without codeset and modifier ("de_DE" of "de_DE.UTF-8"): its code (1031
+ * German, 2057 en_GB, ...), else the code of its first two letters; 1033 when LANG is unset, empty, "C", "POSIX" or
+ * unknown. Case-sensitive; LANG is read on every call. */
+ZKSUPT_API uint32_t SMGetLocalLanguageID(void) ZKSUPT_NOEXCEPT;
+/* Copies the first existing path of directory/ll_CC/fileName, directory/ll/fileName and directory/fileName, ll_CC and
+ * ll being LANG without codeset and modifier and its first two letters (only the last path without a language);
+ * *size in/out. Statuses: 0, 0x100 none exists, 0x10 with the needed size (a null buffer too), 0x10F null directory,
+ * file name or size. */
+ZKSUPT_API int32_t SMGetLocalizedPathFileName(const char *directory, const char *fileName, char *buffer,
+                                              uint32_t *size) ZKSUPT_NOEXCEPT;
 
 ZKSUPT_END_DECLS
 

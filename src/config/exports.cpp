@@ -4,6 +4,7 @@
 
 #include "config/expand.h"
 #include "config/ini.h"
+#include "config/localization.h"
 #include "config/path_table.h"
 #include "config/products.h"
 #include "config/property_file.h"
@@ -33,6 +34,8 @@ int32_t SMPropertyFileWriteValue(const char *key, uint32_t type, const void *val
 
 uint32_t SMGetUTF8StrFromIDPathFile(uint32_t stringID, uint32_t *languageID, const char *path, char *buffer, uint32_t *size) noexcept { return cf::stringFromIdPathFile(stringID, languageID, path, buffer, size); }
 uint32_t SMGetUCS2StrFromID(uint32_t stringID, uint32_t *languageID, ucs2 *buffer, uint32_t *size) noexcept { return cf::ucs2StringFromId(stringID, languageID, buffer, size); }
+uint32_t SMGetLocalLanguageID(void) noexcept { return cf::localLanguageId(); }
+int32_t SMGetLocalizedPathFileName(const char *directory, const char *fileName, char *buffer, uint32_t *size) noexcept { return cf::localizedPathFileName(directory, fileName, buffer, size); }
 
 }  // extern "C"
 // clang-format on
