@@ -1,11 +1,13 @@
 // Exported entries of the product registry, install paths, INI engine,
 // property files, string tables and localised files.
 #include <zksupt/config.h>
+#include <zksupt/file.h>
 
 #include "config/expand.h"
 #include "config/ini.h"
 #include "config/localization.h"
 #include "config/path_table.h"
+#include "config/pid_path.h"
 #include "config/products.h"
 #include "config/property_file.h"
 #include "config/string_table.h"
@@ -36,6 +38,8 @@ uint32_t SMGetUTF8StrFromIDPathFile(uint32_t stringID, uint32_t *languageID, con
 uint32_t SMGetUCS2StrFromID(uint32_t stringID, uint32_t *languageID, ucs2 *buffer, uint32_t *size) noexcept { return cf::ucs2StringFromId(stringID, languageID, buffer, size); }
 uint32_t SMGetLocalLanguageID(void) noexcept { return cf::localLanguageId(); }
 int32_t SMGetLocalizedPathFileName(const char *directory, const char *fileName, char *buffer, uint32_t *size) noexcept { return cf::localizedPathFileName(directory, fileName, buffer, size); }
+
+int32_t SMMakePathFileNameByPIDAndType(uint32_t productID, uint32_t pathType, const char *baseName, char *buffer, uint32_t *size) noexcept { return cf::pathByProcessIdAndType(productID, pathType, baseName, buffer, size); }
 
 }  // extern "C"
 // clang-format on
