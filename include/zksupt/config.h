@@ -73,7 +73,8 @@ ZKSUPT_API int32_t SMPropertyFileWriteValue(const char *key, uint32_t type, cons
  * section "MISCELLANEOUS STRING ID SECTION", or with language 0 in "ASCII EN_US DEFAULT STRING ID SECTION". A null
  * *languageID or 0, 437 or 1033 mean English; a string missing in another language falls back to English and sets
  * *languageID to 0. Returns the bytes copied with the NUL, also stored in *size, or 0 when the string is missing or
- * does not fit (a size query too). A null path gives the text "Invalid Path File Name". */
+ * does not fit (a size query too). A null path gives the text "Invalid Path File Name". Takes the table's file lock
+ * shared; safe from any thread. */
 ZKSUPT_API uint32_t SMGetUTF8StrFromIDPathFile(uint32_t stringID, uint32_t *languageID, const char *path, char *buffer,
                                                uint32_t *size) ZKSUPT_NOEXCEPT;
 /* As SMGetUTF8StrFromIDPathFile on the suite's zksdst32.ini, as UCS-2, after IDs in the OEM range of zkisdy32.ini
@@ -83,12 +84,12 @@ ZKSUPT_API uint32_t SMGetUCS2StrFromID(uint32_t stringID, uint32_t *languageID, 
                                        uint32_t *size) ZKSUPT_NOEXCEPT;
 /* The language of the process from LANG, without codeset and modifier ("de_DE" of "de_DE.UTF-8"): its code (1031
  * German, 2057 en_GB, ...), else the code of its first two letters; 1033 when LANG is unset, empty, "C", "POSIX" or
- * unknown. Case-sensitive; LANG is read on every call. */
+ * unknown. Case-sensitive; LANG is read on every call, safely while no thread changes the environment. */
 ZKSUPT_API uint32_t SMGetLocalLanguageID(void) ZKSUPT_NOEXCEPT;
 /* Copies the first existing path of directory/ll_CC/fileName, directory/ll/fileName and directory/fileName, ll_CC and
- * ll being LANG without codeset and modifier and its first two letters (only the last path without a language);
- * *size in/out. Statuses: 0, 0x100 none exists, 0x10 with the needed size (a null buffer too), 0x10F null directory,
- * file name or size. */
+ * ll being LANG without codeset and modifier and its first two letters (only the last path without a language; a
+ * directory of that name does not count); *size in/out. Statuses: 0, 0x100 none exists, 0x10 with the needed size
+ * (a null buffer too), 0x10F null directory, file name or size. */
 ZKSUPT_API int32_t SMGetLocalizedPathFileName(const char *directory, const char *fileName, char *buffer,
                                               uint32_t *size) ZKSUPT_NOEXCEPT;
 

@@ -46,8 +46,8 @@ class PropertyLines {
 };
 
 // Whether a line's key selects the wanted key: only as many bytes as the
-// line's key has are compared, so the line key "p" selects "port". Callers
-// have written files for this rule, and it is kept.
+// line's key has are compared, so the line key "p" selects "port". The
+// suite's files have always been read this way, and it is kept.
 bool propertyKeyMatches(std::string_view lineKey, std::string_view wanted) noexcept;
 
 }  // namespace zksupt::config

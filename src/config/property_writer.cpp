@@ -65,9 +65,10 @@ bool copyRest(std::FILE *in, std::FILE *out) noexcept
 
 // The copy: the bytes before the first line that selects the key, the new
 // line, and the bytes after that value's last continuation line. Without
-// such a line nothing is copied, and the file is replaced by an empty one;
-// callers write only keys their files hold, and some rely on this to empty
-// a file. Write failures show on out, which the replacement checks.
+// such a line nothing is copied, and the file is replaced by an empty one:
+// keys are never added, callers write only keys their files hold, and this
+// has always been so. Write failures show on out, which the replacement
+// checks.
 class PropertyRewriter final : public Rewriter {
   public:
     PropertyRewriter(const char *key, uint32_t type, const void *value, uint32_t valueSize) noexcept
