@@ -4,79 +4,21 @@
 // as it was; registry keys never hold the '=' that ends them, and values
 // never start with a blank. Every INI call takes the file's cross-process
 // lock, so the library runs attached in an installation of the target's own.
-#include <dirent.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <string>
 #include <vector>
 
 #include "config/ini.h"
-#include "frame/lifecycle.h"
 #include "config/registry_reader.h"
+#include "file_installation.h"
 
 namespace {
 
 namespace cf = zksupt::config;
-
-void check(bool condition)
-{
-    if (!condition)
-        __builtin_trap();
-}
-
-// A fresh directory for each run, removed with all it holds at the end of
-// the run (copies a failed rewrite leaves included).
-class Directory {
-  public:
-    Directory()
-    {
-        char name[] = "/tmp/zksupt-ini-fuzz-XXXXXX";
-        check(mkdtemp(name) != nullptr);
-        path_ = name;
-    }
-    // Takes an existing directory to remove at the end.
-    explicit Directory(std::string path) : path_(std::move(path)) {}
-    ~Directory()
-    {
-        DIR *dir = opendir(path_.c_str());
-        while (dirent *entry = readdir(dir)) {
-            if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0)
-                unlink((path_ + "/" + entry->d_name).c_str());
-        }
-        closedir(dir);
-        rmdir(path_.c_str());
-    }
-    const std::string &path() const { return path_; }
-
-  private:
-    std::string path_;
-};
-
-void store(const std::string &path, const uint8_t *data, size_t size)
-{
-    std::FILE *file = std::fopen(path.c_str(), "wb");
-    check(file != nullptr);
-    check(std::fwrite(data, 1, size, file) == size);
-    std::fclose(file);
-}
-
-std::string load(const std::string &path)
-{
-    std::string text;
-    if (std::FILE *file = std::fopen(path.c_str(), "rb")) {
-        char chunk[4096];
-        std::size_t got = 0;
-        while ((got = std::fread(chunk, 1, sizeof chunk, file)) > 0)
-            text.append(chunk, got);
-        std::fclose(file);
-    }
-    return text;
-}
+using zksupt::fuzz::check;
+using zksupt::fuzz::Directory;
+using zksupt::fuzz::load;
+using zksupt::fuzz::store;
 
 // The names of a listing, or none when the listing failed.
 std::vector<std::string> list(const char *section, const std::string &path)
@@ -96,35 +38,11 @@ std::vector<std::string> list(const char *section, const std::string &path)
     return names;
 }
 
-// The installation: a registry naming a var-data directory with its ".ipc",
-// where the lock files go. Detached and removed at exit.
-class Installation {
-  public:
-    Installation()
-    {
-        root_ = directory_.path();
-        check(mkdir((root_ + "/.ipc").c_str(), 0700) == 0);
-        const std::string registry = "keellib.vardatapath=" + root_ + "\n";
-        store(root_ + "/qvreg.cfg", reinterpret_cast<const uint8_t *>(registry.data()), registry.size());
-        setenv("ZKSUPT_REGISTRY", (root_ + "/qvreg.cfg").c_str(), 1);
-        check(zksupt::frame::library().attach() == 1);
-    }
-    ~Installation()
-    {
-        zksupt::frame::library().detach();
-        const Directory ipc(root_ + "/.ipc");
-    }
-
-  private:
-    Directory directory_;
-    std::string root_;
-};
-
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int *, char ***)
 {
-    static const Installation installation;
+    static const zksupt::fuzz::Installation installation;
     return 0;
 }
 

@@ -1,4 +1,5 @@
-/* File utilities: copy, append, directories, sizes, deletion and temporary names. */
+/* File utilities: copy, append, directories, sizes, deletion, temporary names, snapshots of a file's state, file
+ * names by process ID and PCI configuration space. */
 #ifndef ZKSUPT_FILE_H
 #define ZKSUPT_FILE_H
 
@@ -30,6 +31,28 @@ ZKSUPT_API int32_t SMGetTmpFile(const char *directory, char *name, uint32_t *siz
  * *size (may be null) receives the copy's bytes, both closing characters included. Free the copy
  * with SMFreeMem; null when text is null or memory runs out. */
 ZKSUPT_API char *SMUTF8ConvertXSVToYSV(const char *text, uint32_t *size, char from, char to) ZKSUPT_NOEXCEPT;
+
+/* A snapshot of the file at path (device, inode, size, modification time, mode), or of its absence; free it with
+ * SMFilePropFree. Null for a null path or no memory. One snapshot serves one thread at a time. */
+ZKSUPT_API void *SMFilePropAlloc(const char *path) ZKSUPT_NOEXCEPT;
+/* 1 when the file appeared, vanished, was replaced, written or had its mode changed since the snapshot, which is
+ * then renewed (each change is told once); 0 when not; 0x10F for null. */
+ZKSUPT_API int32_t SMFilePropIsModified(void *prop) ZKSUPT_NOEXCEPT;
+/* Frees a snapshot; null is ignored. */
+ZKSUPT_API void SMFilePropFree(void *prop) ZKSUPT_NOEXCEPT;
+/* Copies "directory/baseName.<process ID>"; *size in/out (length + 1 on success). 0x10 with the needed size for a
+ * null or small buffer, 0x10F for a null directory, base name or size. */
+ZKSUPT_API int32_t SMMakePathFileNameByPID(const char *directory, const char *baseName, char *buffer,
+                                           uint32_t *size) ZKSUPT_NOEXCEPT;
+/* As SMMakePathFileNameByPID under the directory of a path kind of a product (as SMGetPathByProductIDandType, the
+ * whole suite being 0xFFFFFFFF); that query's status when it has none. */
+ZKSUPT_API int32_t SMMakePathFileNameByPIDAndType(uint32_t productID, uint32_t pathType, const char *baseName,
+                                                  char *buffer, uint32_t *size) ZKSUPT_NOEXCEPT;
+/* Reads up to *size bytes of the PCI function's configuration space from offset, from
+ * /sys/bus/pci/devices/DDDD:BB:DD.F/config; *size becomes the bytes read (fewer, or 0, at the end of the space).
+ * Statuses: 0, 0x100 no such device, 0x10F null buffer or size, device above 31 or function above 7, -1 read failed. */
+ZKSUPT_API int32_t SMReadPCIDevFile(uint32_t domain, uint32_t bus, uint32_t device, uint32_t function, uint32_t offset,
+                                    void *buffer, uint32_t *size) ZKSUPT_NOEXCEPT;
 
 ZKSUPT_END_DECLS
 

@@ -6,49 +6,11 @@
 #include <zksupt/status.h>
 
 #include "config/line_reader.h"
+#include "config/name_listing.h"
 #include "frame/size_out.h"
 
 namespace zksupt::config {
 namespace {
-
-// Names gathered into the caller's buffer for as long as they fit; the
-// count of bytes needed goes on after the first that does not.
-class Listing {
-  public:
-    Listing(char *buffer, uint32_t capacity) noexcept : buffer_(buffer), capacity_(capacity) {}
-
-    void add(std::string_view name) noexcept
-    {
-        const uint64_t at = needed_ - 1;
-        needed_ += name.size() + 1;
-        fits_ = fits_ && needed_ <= capacity_;
-        if (fits_) {
-            std::memcpy(buffer_ + at, name.data(), name.size());
-            buffer_[at + name.size()] = '\0';
-        }
-        ++count_;
-    }
-
-    int32_t finish(uint32_t *size, int32_t whenEmpty) const noexcept
-    {
-        if (count_ == 0) {
-            *size = 0;
-            return whenEmpty;
-        }
-        *size = needed_ > UINT32_MAX ? UINT32_MAX : static_cast<uint32_t>(needed_);
-        if (!fits_)
-            return SM_STATUS_BUFFER_TOO_SMALL;
-        buffer_[needed_ - 1] = '\0';
-        return SM_STATUS_SUCCESS;
-    }
-
-  private:
-    char *buffer_;
-    uint64_t capacity_;
-    uint64_t needed_ = 1;
-    uint64_t count_ = 0;
-    bool fits_ = true;
-};
 
 int32_t endOfFile(const LineReader &lines, int32_t status) noexcept
 {
@@ -92,7 +54,7 @@ bool nextKeyLine(LineReader &lines, std::string_view &line, std::size_t &equals,
 
 int32_t listSections(LineReader &lines, char *buffer, uint32_t *size) noexcept
 {
-    Listing listing(buffer, *size);
+    NameListing listing(buffer, *size);
     std::string_view piece;
     while (lines.next(piece)) {
         const Header header = parseHeader(piece);
@@ -121,7 +83,7 @@ int32_t scanIni(std::FILE *file, const char *section, const char *key, char *buf
     std::string_view line;
     std::size_t equals = 0;
     if (status == SM_STATUS_SUCCESS && key == nullptr) {
-        Listing listing(buffer, *size);
+        NameListing listing(buffer, *size);
         while (nextKeyLine(lines, line, equals, status))
             listing.add(line.substr(0, equals));
         if (status == SM_STATUS_KEY_NOT_FOUND)

@@ -91,7 +91,7 @@ int32_t replaceFile(const std::string &path, Rewriter &rewriter) noexcept
         Rewrite result = rewriter.rewrite(in.get(), out.get());
         in.reset();
         if (!closeWritten(out, result.status == SM_STATUS_SUCCESS) && result.status == SM_STATUS_SUCCESS)
-            result = {SM_STATUS_LIMIT_REACHED, true};
+            result = {SM_STATUS_LIMIT_REACHED, result.keepCopy};
         if (result.status != SM_STATUS_SUCCESS) {
             if (!result.keepCopy)
                 ::unlink(temporary.c_str());

@@ -27,8 +27,9 @@ std::string backupName(const std::string &path);
 // that was interrupted between its renames.
 void recoverBackup(const std::string &path) noexcept;
 
-// What a rewrite reports: its status (0 to commit), and whether a failed
-// rewrite keeps its temporary file for inspection.
+// What a rewrite reports: its status (0 to commit), and whether the
+// temporary file stays for inspection when the rewrite fails or, after a
+// status of 0, when the copy then cannot be written whole.
 struct Rewrite {
     int32_t status;
     bool keepCopy;
@@ -49,7 +50,7 @@ class Rewriter {
 // 0; -1 no free temporary name, or the old file could not become the
 // backup; 7 the temporary file could not be made; 0x104 the old file could
 // not be opened; 0x13 a write or the flush to the disk failed (the old file
-// is untouched; the copy is kept); 0x102 the copy
+// is untouched; the copy is kept as the rewrite said); 0x102 the copy
 // could not take the old name; 0x10E the backup could not be deleted; or
 // the rewriter's own status.
 int32_t replaceFile(const std::string &path, Rewriter &rewriter) noexcept;

@@ -188,11 +188,10 @@ int32_t parseFixed(const char *text, void *buffer, uint32_t code, uint32_t flag)
         frame::storeAs(buffer, text_helpers::textToDoubleByFormat(text, text_helpers::kNumberDecimal, &status));
         return SM_STATUS_SUCCESS;
     case 10: {
-        const auto *it =
-            std::find_if(kLocales.begin(), kLocales.end(), [text](const Locale &l) { return l.name == text; });
-        if (it == kLocales.end())
+        uint32_t language = 0;
+        if (!localeCode(text, language))
             return SM_STATUS_FAILURE;
-        frame::storeAs(buffer, it->code);
+        frame::storeAs(buffer, language);
         return SM_STATUS_SUCCESS;
     }
     case kTypeIpv4: {
@@ -396,6 +395,15 @@ int32_t formatVariable(const void *value, uint32_t valueSize, char *text, uint32
 }
 
 }  // namespace
+
+bool localeCode(std::string_view name, uint32_t &code) noexcept
+{
+    const auto *it = std::find_if(kLocales.begin(), kLocales.end(), [name](const Locale &l) { return l.name == name; });
+    if (it == kLocales.end())
+        return false;
+    code = it->code;
+    return true;
+}
 
 int32_t textToTypeValue(const char *text, void *buffer, uint32_t *size, uint32_t type) noexcept
 {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 namespace zksupt::sdo {
 
@@ -33,5 +34,10 @@ int32_t textToTypeValue(const char *text, void *buffer, uint32_t *size, uint32_t
 // need for the variable forms) stored. No value is read past valueSize: a
 // UTF-8 or UCS-2 text without its terminator ends there.
 int32_t typeValueToText(const void *value, uint32_t valueSize, char *text, uint32_t *size, uint32_t type) noexcept;
+
+// The language code of a locale name of the table that code 10 uses
+// ("en_US" 1033, "de" 1031, ...), compared exactly; false for a name the
+// table does not hold.
+bool localeCode(std::string_view name, uint32_t &code) noexcept;
 
 }  // namespace zksupt::sdo

@@ -23,13 +23,18 @@ int runInChild(const std::function<int()> &body)
     return end.finished && WIFEXITED(end.status) ? WEXITSTATUS(end.status) : -1;
 }
 
-ChildEnd runInChildBounded(const std::function<int()> &body, std::chrono::seconds bound)
+int startChild(const std::function<int()> &body)
 {
     const pid_t pid = fork();
-    if (pid < 0)
-        return {false, 0};
     if (pid == 0)
         _exit(body());
+    return pid;
+}
+
+ChildEnd waitForChild(int pid, std::chrono::seconds bound)
+{
+    if (pid < 0)
+        return {false, 0};
     const auto deadline = std::chrono::steady_clock::now() + bound;
     int status = 0;
     while (std::chrono::steady_clock::now() < deadline) {
@@ -44,6 +49,16 @@ ChildEnd runInChildBounded(const std::function<int()> &body, std::chrono::second
     while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
     }
     return {false, status};
+}
+
+ChildEnd runInChildBounded(const std::function<int()> &body, std::chrono::seconds bound)
+{
+    return waitForChild(startChild(body), bound);
+}
+
+bool succeeded(const ChildEnd &end)
+{
+    return end.finished && WIFEXITED(end.status) && WEXITSTATUS(end.status) == 0;
 }
 
 }  // namespace zksupt::test

@@ -25,4 +25,13 @@ struct ChildEnd {
 // throw.
 ChildEnd runInChildBounded(const std::function<int()> &body, std::chrono::seconds bound);
 
+// The two halves of runInChildBounded, for children that run side by side:
+// startChild forks one running body (-1 when fork fails), waitForChild
+// waits for it at most `bound` and kills and reaps it after that.
+int startChild(const std::function<int()> &body);
+ChildEnd waitForChild(int pid, std::chrono::seconds bound);
+
+// Whether a child ended by returning 0.
+bool succeeded(const ChildEnd &end);
+
 }  // namespace zksupt::test
