@@ -20,16 +20,23 @@ constexpr mode_t kKeptBits = 01666;
 
 }  // namespace
 
-bool reachesLimit(const char *path, uint64_t adding, uint32_t limit) noexcept
+std::optional<uint64_t> logSize(const char *path) noexcept
 {
     struct stat64 status;
-    return ::stat64(path, &status) == 0 && static_cast<uint64_t>(status.st_size) + adding >= limit;
+    if (::stat64(path, &status) != 0)
+        return std::nullopt;
+    return static_cast<uint64_t>(status.st_size);
+}
+
+int32_t haveDirectory(const char *path, std::optional<uint64_t> size) noexcept
+{
+    return size.has_value() ? SM_STATUS_SUCCESS : makeLogDirectory(path);
 }
 
 bool moveToBackup(const char *path, uint64_t adding, uint32_t limit) noexcept
 {
     FormedPath backup;
-    if (!reachesLimit(path, adding, limit) || !backupNameOf(path, backup))
+    if (!reachesLimit(logSize(path), adding, limit) || !backupNameOf(path, backup))
         return false;
     ::unlink(backup.text);
     return std::rename(path, backup.text) == 0;

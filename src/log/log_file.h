@@ -7,14 +7,25 @@
 #include <sys/uio.h>
 
 #include <cstdint>
+#include <optional>
 #include <span>
 
 #include "file/descriptor.h"
 
 namespace zksupt::log {
 
-// Whether the file exists and its size plus adding reaches limit.
-bool reachesLimit(const char *path, uint64_t adding, uint32_t limit) noexcept;
+// The size of the log at path; empty when there is none.
+std::optional<uint64_t> logSize(const char *path) noexcept;
+
+// Whether the log exists and its size plus adding reaches limit.
+inline bool reachesLimit(std::optional<uint64_t> size, uint64_t adding, uint32_t limit) noexcept
+{
+    return size.has_value() && *size + adding >= limit;
+}
+
+// A log that exists has its directory; for one that does not, makes its
+// directory when it is missing (one level, mode 0755): SUCCESS or FAILURE.
+int32_t haveDirectory(const char *path, std::optional<uint64_t> size) noexcept;
 
 // With the log's lock held: when the log still reaches its limit (another
 // writer may have moved it aside since the caller looked), deletes the old

@@ -145,11 +145,12 @@ int32_t writeTextRecord(const char *path, const Event &event, uint32_t limit) no
     // An unknown category has always been let through silently; callers rely on it.
     if (prepared.category.empty())
         return SM_STATUS_SUCCESS;
-    if (makeLogDirectory(path) != SM_STATUS_SUCCESS)
+    const std::optional<uint64_t> size = logSize(path);
+    if (haveDirectory(path, size) != SM_STATUS_SUCCESS)
         return SM_STATUS_FAILURE;
     const uint64_t estimate = estimatedRecordSize(static_cast<uint32_t>(prepared.source.size()),
                                                   static_cast<uint32_t>(prepared.description.size()), event.dataLength);
-    if (reachesLimit(path, estimate, limit))
+    if (reachesLimit(size, estimate, limit))
         backUpFullLog(path, estimate, limit, event.source);
     // The type is checked only now, after any backup, as it always was.
     const std::string_view type = typeLine(event.type);

@@ -42,14 +42,15 @@ bool lengthFits(const char *text, std::size_t most) noexcept
     return length >= 1 && length <= most;
 }
 
-// The checks, the directory and the entry of one append.
-int32_t entryFor(const char *path, const Event &event, XmlBuffer &entry) noexcept
+// The checks, the directory and the entry of one append to a log of the
+// given size.
+int32_t entryFor(const char *path, std::optional<uint64_t> size, const Event &event, XmlBuffer &entry) noexcept
 {
     if (path == nullptr || (event.dataLength != 0 && (event.data == nullptr || event.dataLength > kMaxDataLength)) ||
         !lengthFits(event.userInfo, kMaxNameLength) || !lengthFits(event.source, kMaxNameLength) ||
         !lengthFits(event.description, kMaxDescriptionLength))
         return SM_STATUS_BAD_ARGUMENT;
-    if (const int32_t status = makeLogDirectory(path); status != SM_STATUS_SUCCESS)
+    if (const int32_t status = haveDirectory(path, size); status != SM_STATUS_SUCCESS)
         return status;
     return buildEntry(event, entry);
 }
@@ -111,7 +112,7 @@ void backUpFullLog(const char *path, uint64_t adding, uint32_t limit, const Even
     if (hold.status() != SM_STATUS_SUCCESS || !moveToBackup(path, adding, limit))
         return;
     XmlBuffer entry;
-    if (entryFor(path,
+    if (entryFor(path, std::nullopt,
                  {.type = kInformationType,
                   .category = kBackupCategory,
                   .eventId = kBackupEventId,
@@ -126,10 +127,11 @@ void backUpFullLog(const char *path, uint64_t adding, uint32_t limit, const Even
 
 int32_t appendToXmlLog(const char *path, const Event &event, uint32_t limit) noexcept
 {
+    const std::optional<uint64_t> size = path == nullptr ? std::nullopt : logSize(path);
     XmlBuffer entry;
-    if (const int32_t status = entryFor(path, event, entry); status != SM_STATUS_SUCCESS)
+    if (const int32_t status = entryFor(path, size, event, entry); status != SM_STATUS_SUCCESS)
         return status;
-    if (reachesLimit(path, entry->length, limit))
+    if (reachesLimit(size, entry->length, limit))
         backUpFullLog(path, entry->length, limit, event);
     const lock::FileLockHold hold(path, lock::kExclusive, 1);
     if (hold.status() != SM_STATUS_SUCCESS)
@@ -146,7 +148,7 @@ int32_t clearXmlLog(const char *path, uint16_t category, const char *userInfo, c
         return SM_STATUS_FAILURE;
     // The new log starts with the entry, before any other writer gets the lock.
     XmlBuffer entry;
-    if (const int32_t status = entryFor(path,
+    if (const int32_t status = entryFor(path, std::nullopt,
                                         {.type = kInformationType,
                                          .category = category,
                                          .eventId = kClearedEventId,
