@@ -89,8 +89,7 @@ EncodedRecord encode(const Event &event, const Prepared &prepared, std::string_v
                          .time = time,
                          .computer = computerName,
                          .description = prepared.description,
-                         .data = {static_cast<const uint8_t *>(event.data), event.dataLength}},
-                        false);
+                         .data = {static_cast<const uint8_t *>(event.data), event.dataLength}});
 }
 
 // With the log's lock held: appends the record, led by the header block when
@@ -101,7 +100,7 @@ int32_t append(const char *path, const EncodedRecord &record) noexcept
     if (!log.fd)
         return SM_STATUS_FAILURE;
     // The header's bytes are constant and only ever read through the vector.
-    iovec pieces[2] = {{const_cast<uint8_t *>(headerBlock().data()), kHeaderSize}, {record.bytes.get(), record.size}};
+    iovec pieces[2] = {{const_cast<uint8_t *>(headerBlock().data()), kHeaderSize}, {record.units.get(), record.size}};
     std::span<iovec> write(pieces);
     if (log.size >= kHeaderSize)
         write = write.subspan(1);
@@ -118,7 +117,7 @@ int32_t appendOwnRecord(const char *path, const Event &event) noexcept
     if (prepared.category.empty())
         return SM_STATUS_SUCCESS;
     const EncodedRecord record = encode(event, prepared, typeLine(event.type));
-    return record.bytes == nullptr ? SM_STATUS_NO_MEMORY : append(path, record);
+    return record.units == nullptr ? SM_STATUS_NO_MEMORY : append(path, record);
 }
 
 // Moves a full log to its backup and starts the new log with a record that
@@ -157,7 +156,7 @@ int32_t writeTextRecord(const char *path, const Event &event, uint32_t limit) no
     if (type.empty())
         return SM_STATUS_BAD_ARGUMENT;
     const EncodedRecord record = encode(event, prepared, type);
-    if (record.bytes == nullptr)
+    if (record.units == nullptr)
         return SM_STATUS_NO_MEMORY;
     const lock::FileLockHold hold(path, lock::kExclusive, 1);
     if (hold.status() != SM_STATUS_SUCCESS)

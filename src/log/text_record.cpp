@@ -109,19 +109,16 @@ const std::array<uint8_t, kHeaderSize> &headerBlock() noexcept
     return kHeader;
 }
 
-EncodedRecord encodeRecord(const TextRecord &record, bool withHeader) noexcept
+EncodedRecord encodeRecord(const TextRecord &record) noexcept
 {
     Units counting(nullptr);
     writeRecord(counting, record);
-    const std::size_t headerBytes = withHeader ? kHeaderSize : 0;
-    const std::size_t size = headerBytes + counting.count() * sizeof(ucs2);
-    EncodedRecord encoded{frame::allocateOwned<uint8_t[]>(size), size};
-    if (encoded.bytes == nullptr)
-        return encoded;
-    std::memcpy(encoded.bytes.get(), kHeader.data(), headerBytes);
-    // malloc's block is aligned for any unit, and the header is a whole number of units.
-    Units writing(reinterpret_cast<ucs2 *>(encoded.bytes.get() + headerBytes));
-    writeRecord(writing, record);
+    EncodedRecord encoded{frame::allocateOwned<ucs2[]>(counting.count() * sizeof(ucs2)),
+                          counting.count() * sizeof(ucs2)};
+    if (encoded.units != nullptr) {
+        Units writing(encoded.units.get());
+        writeRecord(writing, record);
+    }
     return encoded;
 }
 

@@ -33,12 +33,12 @@ struct TextRecord {
     std::span<const uint8_t> data;
 };
 
-// The bytes of a record, with the header block before it when asked.
+// A record's units and their size in bytes.
 struct EncodedRecord {
-    frame::Owned<uint8_t[]> bytes;  // null when memory ran out
+    frame::Owned<ucs2[]> units;  // null when memory ran out
     std::size_t size;
 };
-EncodedRecord encodeRecord(const TextRecord &record, bool withHeader) noexcept;
+EncodedRecord encodeRecord(const TextRecord &record) noexcept;
 
 // The record size the log's limit is checked against before a record is
 // made: an estimate in bytes from the lengths of its texts and its data.

@@ -13,6 +13,16 @@
 #include "support/sandbox.h"
 
 namespace zksupt::test {
+namespace {
+
+std::string hostName(std::size_t max)
+{
+    char name[300] = {};
+    gethostname(name, sizeof name - 1);
+    return std::string(name).substr(0, max);
+}
+
+}  // namespace
 
 std::string logPathOf(uint32_t target)
 {
@@ -32,35 +42,6 @@ void removeLogs()
     std::filesystem::remove_all(sandbox().logDir() + "/log");
 }
 
-std::u16string unitsOf(std::string_view bytes)
-{
-    std::u16string units(bytes.size() / 2, u'\0');
-    std::memcpy(units.data(), bytes.data(), units.size() * 2);
-    return units;
-}
-
-std::u16string widen(std::string_view utf8)
-{
-    std::u16string units;
-    for (std::size_t i = 0; i < utf8.size();) {
-        const auto lead = static_cast<unsigned char>(utf8[i]);
-        const std::size_t length = lead < 0x80 ? 1 : lead < 0xE0 ? 2 : 3;
-        char32_t point = length == 1 ? lead : lead & (length == 2 ? 0x1F : 0x0F);
-        for (std::size_t k = 1; k < length; ++k)
-            point = point << 6 | (static_cast<unsigned char>(utf8[i + k]) & 0x3F);
-        units.push_back(static_cast<char16_t>(point));
-        i += length;
-    }
-    return units;
-}
-
-std::string hostName(std::size_t max)
-{
-    char name[300] = {};
-    gethostname(name, sizeof name - 1);
-    return std::string(name).substr(0, max);
-}
-
 void fill(const std::string &path, const std::string &bytes)
 {
     std::filesystem::create_directories(std::filesystem::path(path).parent_path());
@@ -69,20 +50,33 @@ void fill(const std::string &path, const std::string &bytes)
 
 std::string headerBytes()
 {
-    const std::string text = "#-------------------------------\r\n# Do not remove this block\r\n"
-                             "# This data file is parsed\r\n#------------------------------- \r\n\r\n";
     std::string bytes = "\xFF\xFE";
-    for (char c : text)
+    for (char c : std::string("#-------------------------------\r\n# Do not remove this block\r\n"
+                              "# This data file is parsed\r\n#------------------------------- \r\n\r\n"))
         bytes += std::string{c, '\0'};
     return bytes;
+}
+
+std::u16string unitsOf(const std::string &path, std::size_t from)
+{
+    const std::string bytes = readFile(path).substr(std::min(from, readFile(path).size()));
+    std::u16string units(bytes.size() / 2, u'\0');
+    std::memcpy(units.data(), bytes.data(), units.size() * 2);
+    return units;
 }
 
 std::u16string textRecord(const std::string &id, const std::string &source, const std::string &category,
                           const std::string &type, const std::string &description, const std::string &dump)
 {
-    return widen("EventID: " + id + "\r\nSource: " + source + "\r\nCategory: " + category + "\r\nType: " + type +
-                 "\r\nDate and Time: <time>\r\nComputer: " + hostName(63) + "\r\nDescription:\r\n" + description +
-                 "\r\nData: Bytes in Hex\r\n" + dump + "\r\n");
+    const std::string text = "EventID: " + id + "\r\nSource: " + source + "\r\nCategory: " + category +
+                             "\r\nType: " + type + "\r\nDate and Time: <time>\r\nComputer: " + hostName(63) +
+                             "\r\nDescription:\r\n" + description + "\r\nData: Bytes in Hex\r\n" + dump + "\r\n";
+    std::u16string units;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const auto c = static_cast<unsigned char>(text[i]);
+        units.push_back(c < 0x80 ? c : static_cast<char16_t>((c & 0x1F) << 6 | (text[++i] & 0x3F)));
+    }
+    return units;
 }
 
 std::u16string withTimes(std::u16string expected, const std::u16string &actual)
@@ -90,13 +84,21 @@ std::u16string withTimes(std::u16string expected, const std::u16string &actual)
     std::size_t line = 0;
     for (std::size_t at = expected.find(u"<time>"); at != std::u16string::npos; at = expected.find(u"<time>", at)) {
         line = actual.find(u"Date and Time: ", line);
-        const std::size_t end = actual.find(u"\r\n", line);
-        if (line == std::u16string::npos || end - line != 15 + 24)
+        if (line == std::u16string::npos || actual.find(u"\r\n", line) - line != 15 + 24)
             return u"no time line of 24 characters where expected";
         line += 15;
         expected.replace(at, 6, actual.substr(line, 24));
     }
     return expected;
+}
+
+std::string xmlFields(int type, long long id, const std::string &link, const std::string &user,
+                      const std::string &source, const std::string &category, const std::string &description,
+                      const std::string &data)
+{
+    return "<Type>" + std::to_string(type) + "</Type><ID>" + std::to_string(id) + "</ID><Link>" + link +
+           "</Link><UserInfo>" + user + "</UserInfo><Source>" + source + "</Source><Category>" + category +
+           "</Category><Description>" + description + "</Description><Data>" + data + "</Data>";
 }
 
 std::string xmlEntry(const std::string &actual, std::size_t from, const std::string &fields)
@@ -115,8 +117,7 @@ std::optional<bool> wellFormed(const std::string &path)
 {
     if (access("/usr/bin/xmllint", X_OK) != 0)
         return std::nullopt;
-    const std::string command = "/usr/bin/xmllint --noout '" + path + "' 2>/dev/null";
-    return std::system(command.c_str()) == 0;
+    return std::system(("/usr/bin/xmllint --noout '" + path + "' 2>/dev/null").c_str()) == 0;
 }
 
 }  // namespace zksupt::test

@@ -1,11 +1,10 @@
-// The event logs' files in the sandbox installation, read back as the tests
-// compare them.
+// The event logs' files in the sandbox installation, and their expected
+// contents, as the tests compare them.
 #pragma once
 
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <string_view>
 
 namespace zksupt::test {
 
@@ -15,30 +14,27 @@ std::string logPathOf(uint32_t target);
 std::string backupOf(std::string path);
 // Removes every log, so that each test starts without one.
 void removeLogs();
-
-// Host-order UCS-2 units of bytes (an odd last byte is dropped).
-std::u16string unitsOf(std::string_view bytes);
-// ASCII or UTF-8 text as UCS-2 units (code points below 0x10000).
-std::u16string widen(std::string_view utf8);
-// This host's name as the logs write it: cut to max bytes.
-std::string hostName(std::size_t max);
-
 // Writes a file of bytes, making its directory.
 void fill(const std::string &path, const std::string &bytes);
 
 // The text log's 256-byte header block: UTF-16 little-endian on every host.
 std::string headerBytes();
-// A text log record as UCS-2 units; its time line reads "<time>".
+// The host-order UCS-2 units of a file from byte `from` on.
+std::u16string unitsOf(const std::string &path, std::size_t from = 256);
+// A text log record; its time reads "<time>". UTF-8 of up to two bytes a character.
 std::u16string textRecord(const std::string &id, const std::string &source, const std::string &category,
-                          const std::string &type, const std::string &description, const std::string &dump);
+                          const std::string &type, const std::string &description, const std::string &dump = "");
 // expected with each "<time>" replaced by the time of actual's next time
 // line in turn (ctime's 24 characters, taken when the record was written).
 std::u16string withTimes(std::u16string expected, const std::u16string &actual);
 
+// The fields of an XML log entry after ComputerName.
+std::string xmlFields(int type, long long id, const std::string &link, const std::string &user,
+                      const std::string &source, const std::string &category, const std::string &description,
+                      const std::string &data = "");
 // An XML log entry with the given fields after ComputerName; its time is the
 // TimeStamp of actual's next entry from `from`, and DateTime that time's text.
 std::string xmlEntry(const std::string &actual, std::size_t from, const std::string &fields);
-
 // Whether xmllint finds the file well-formed; empty when xmllint is not installed.
 std::optional<bool> wellFormed(const std::string &path);
 

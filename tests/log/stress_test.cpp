@@ -1,6 +1,6 @@
-// Several processes of several threads append to the text, XML and rotated
-// logs at once: every record found is whole and found once, and with no
-// backup every record is there.
+// Processes of several threads append to the text, XML and rotated logs at
+// once: every record found is whole and found once, and without backups or
+// rotation every record is there.
 #include <gtest/gtest.h>
 
 #include <signal.h>
@@ -9,7 +9,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <cstdio>
 #include <filesystem>
 #include <functional>
 #include <set>
@@ -26,39 +25,35 @@
 namespace {
 
 namespace fs = std::filesystem;
-namespace lg = zksupt::log;
 using namespace zksupt::test;
+using Ids = std::vector<std::string>;
 
-constexpr int kProcesses = 4, kThreads = 4, kRecords = 200;
-constexpr int kAll = kProcesses * kThreads * kRecords;
-constexpr auto kBound = std::chrono::minutes(5);
+constexpr int kProcesses = 4, kThreads = 4, kRecords = 200, kAll = kProcesses * kThreads * kRecords;
 
-// Runs write(process, thread, record) for every record in kProcesses forked
-// children of kThreads threads each, after prepare() in each child. False
-// when a child fails, or is still running at the bound (it is killed then).
-bool inProcesses(
-    const std::function<bool(int, int, int)> &write, const std::function<void()> &prepare = [] {})
+// Runs write(n) for n = 1000 up to 1000 + kAll in forked children of kThreads
+// threads each, after prepare() in each child. False when a child fails or
+// is still running after five minutes (it is killed then).
+bool inProcesses(const std::function<bool(int)> &write, const std::function<void()> &prepare)
 {
     std::vector<pid_t> children;
-    for (int p = 0; p < kProcesses; ++p) {
-        const pid_t pid = fork();
-        if (pid == 0) {
+    for (int p = 0; p < kProcesses; ++p)
+        if (const pid_t pid = fork(); pid != 0)
+            children.push_back(pid);
+        else {
             prepare();
-            std::vector<std::thread> threads;
             std::atomic<bool> ok = true;
+            std::vector<std::thread> threads;
             for (int t = 0; t < kThreads; ++t)
                 threads.emplace_back([&, t] {
                     for (int i = 0; i < kRecords; ++i)
-                        if (!write(p, t, i))
+                        if (!write(1000 + (p * kThreads + t) * kRecords + i))
                             ok = false;
                 });
             for (std::thread &thread : threads)
                 thread.join();
             _exit(ok ? 0 : 1);
         }
-        children.push_back(pid);
-    }
-    const auto deadline = std::chrono::steady_clock::now() + kBound;
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::minutes(5);
     bool ok = true;
     for (const pid_t pid : children) {
         int status = -1;
@@ -71,195 +66,137 @@ bool inProcesses(
     return ok;
 }
 
-std::string name(int p, int t, int i)
+// Writes record n to every log: through SMAppendToLog with limit 0, else to
+// the text and XML logs under that limit.
+bool writeAll(int n, uint32_t limit, uint32_t rotateAt)
 {
-    return std::to_string(p) + "." + std::to_string(t) + "." + std::to_string(i);
+    const std::string description = "record " + std::to_string(n), line = "line " + std::to_string(n) + " =====";
+    const bool logged =
+        limit == 0 ? SMAppendToLog(SM_LOG_TARGET_TEXT | SM_LOG_TARGET_XML, 2, 3, n, "stress", description.c_str(),
+                                   "data", 4) == 0
+                   : zksupt::log::writeTextRecord(logPathOf(SM_LOG_TARGET_TEXT).c_str(),
+                                                  {2, 3, n, nullptr, "stress", description.c_str(), nullptr, "data", 4},
+                                                  limit) == 0 &&
+                         SMAppendToXMLLog(logPathOf(SM_LOG_TARGET_XML).c_str(), 2, 3, n, nullptr, "stress",
+                                          description.c_str(), nullptr, "data", 4, limit) == 0;
+    return logged && SMFileLogMsgToRotatedLog(line.c_str(), sandbox().path("rotated/a").c_str(), rotateAt, 50,
+                                              SM_ROTATED_LOG_NEWLINE) == 0;
 }
 
-int32_t eventId(int p, int t, int i)
+std::string between(const std::string &text, std::size_t from, const std::string &before, const std::string &after)
 {
-    return (p * kThreads + t) * 1000 + i;
+    const std::size_t at = text.find(before, from) + before.size();
+    return text.substr(at, text.find(after, at) - at);
 }
 
-const char kData[] = "twenty bytes of data";
-
-// Adds the records of one text log to seen; false when one is not whole,
-// was seen before or the file does not start with its header. startsBackedUp:
-// the first record must say that the log was backed up.
-bool readTextLog(const std::string &path, std::multiset<std::string> &seen, bool startsBackedUp)
+// The event IDs of a text log's records in file order, after "header" when
+// the file starts with one; "broken" for a record that is not whole.
+Ids textIds(const std::string &path)
 {
-    const std::string file = readFile(path);
-    if (file.substr(0, 256) != headerBytes())
-        return false;
-    const std::u16string units = unitsOf(file.substr(256));
-    bool ok = units.starts_with(u"EventID: ");
-    for (std::size_t at = 0; ok && at < units.size();) {
-        const std::size_t next = std::min(units.find(u"EventID: ", at + 1), units.size());
+    Ids ids{readFile(path).starts_with(headerBytes()) ? "header" : "no header"};
+    const std::u16string units = unitsOf(path);
+    for (std::size_t at = 0, next; at < units.size(); at = next) {
+        next = std::min(units.find(u"EventID: ", at + 1), units.size());
         const std::u16string record = units.substr(at, next - at);
-        const std::size_t d = record.find(u"Description:\r\n") + 14;
-        const std::u16string description = record.substr(d, record.find(u"\r\n", d) - d);
-        const std::size_t s = record.find(u"Source: ") + 8;
-        const std::u16string source = record.substr(s, record.find(u"\r\n", s) - s);
-        std::u16string expected;
-        if (description == u"Log backup created")
-            expected = textRecord("1", std::string(source.begin(), source.end()), "Lodestar Engine", "Information",
-                                  "Log backup created", "");
-        else if (description.starts_with(u"record ")) {
-            const std::string key(description.begin() + 7, description.end());
-            int p = 0, t = 0, i = 0;
-            std::sscanf(key.c_str(), "%d.%d.%d", &p, &t, &i);
-            seen.insert(key);
-            expected = textRecord(std::to_string(eventId(p, t, i)), "P" + std::to_string(p), "Pell Service", "Warning",
-                                  "record " + key,
-                                  "0x00000000: 74 77 65 6E:74 79 20 62:79 74 65 73:20 6F 66 20   twenty bytes of  "
-                                  "\r\n0x00000010: 64 61 74 61" +
-                                      std::string(39, ' ') + "data" + std::string(13, ' ') + "\r\n");
-        }
-        ok = !expected.empty() && record == withTimes(expected, record) &&
-             (at != 0 || !startsBackedUp || description == u"Log backup created");
-        at = next;
+        const std::string id = between(std::string(record.begin(), record.end()), 0, "EventID: ", "\r");
+        const std::u16string expected =
+            id == "1"
+                ? textRecord("1", "stress", "Lodestar Engine", "Information", "Log backup created")
+                : textRecord(id, "stress", "Pell Service", "Warning", "record " + id,
+                             "0x00000000: 64 61 74 61" + std::string(39, ' ') + "data" + std::string(13, ' ') + "\r\n");
+        ids.push_back(record == withTimes(expected, record) ? id : "broken");
     }
-    return ok;
+    return ids;
 }
 
-// Adds the entries of one XML log to seen; false when the document is not
-// well-formed or an entry is not whole.
-bool readXmlLog(const std::string &path, std::multiset<std::string> &seen)
+// The event IDs of an XML log's entries, after "document" when xmllint
+// takes the file; "broken" for an entry that is not whole.
+Ids xmlIds(const std::string &path)
 {
     const std::string file = readFile(path);
-    if (wellFormed(path) == false || !file.starts_with("<?xml") || !file.ends_with("</LogEntry></EventLog>"))
-        return false;
+    Ids ids{wellFormed(path) != false && file.ends_with("</LogEntry></EventLog>") ? "document" : "ill-formed"};
     for (std::size_t at = file.find("<LogEntry>"); at != std::string::npos; at = file.find("<LogEntry>", at + 1)) {
-        const std::size_t d = file.find("<Description>", at) + 13;
-        const std::string description = file.substr(d, file.find('<', d) - d);
-        const std::size_t s = file.find("<Source>", at) + 8;
-        const std::string source = file.substr(s, file.find('<', s) - s);
-        std::string fields;
-        if (description == "Log backup created")
-            fields = "<Type>4</Type><ID>1</ID><Link></Link><UserInfo></UserInfo><Source>" + source +
-                     "</Source><Category>Lodestar Engine</Category><Description>Log backup created</Description>"
-                     "<Data></Data>";
-        else if (description.starts_with("record ")) {
-            const std::string key = description.substr(7);
-            int p = 0, t = 0, i = 0;
-            std::sscanf(key.c_str(), "%d.%d.%d", &p, &t, &i);
-            seen.insert(key);
-            fields = "<Type>2</Type><ID>" + std::to_string(eventId(p, t, i)) +
-                     "</ID><Link></Link><UserInfo></UserInfo><Source>P" + std::to_string(p) +
-                     "</Source><Category>Pell Service</Category><Description>record " + key +
-                     "</Description><Data>0x74,0x77,0x65,0x6E,0x74,0x79,0x20,0x62,0x79,0x74,0x65,0x73,0x20,0x6F,"
-                     "0x66,0x20,0x64,0x61,0x74,0x61</Data>";
-        } else
-            return false;
-        const std::string expected = xmlEntry(file, at, fields);
-        if (file.compare(at, expected.size(), expected) != 0)
-            return false;
+        const std::string id = between(file, at, "<ID>", "<");
+        const std::string expected =
+            id == "1" ? xmlEntry(file, at, xmlFields(4, 1, "", "", "stress", "Lodestar Engine", "Log backup created"))
+                      : xmlEntry(file, at,
+                                 xmlFields(2, std::stoll(id), "", "", "stress", "Pell Service", "record " + id,
+                                           "0x64,0x61,0x74,0x61"));
+        ids.push_back(file.compare(at, expected.size(), expected) == 0 ? id : "broken");
     }
-    return true;
+    return ids;
 }
 
-bool noneTwice(const std::multiset<std::string> &seen)
+// The numbers of the rotated logs' lines; "broken" for a line that is not whole.
+Ids rotatedIds()
 {
-    return std::set<std::string>(seen.begin(), seen.end()).size() == seen.size();
+    Ids ids;
+    for (const auto &entry : fs::directory_iterator(sandbox().path("rotated"))) {
+        const std::string file = readFile(entry.path());
+        for (std::size_t at = 0, end; at < file.size(); at = end + 1) {
+            end = file.find('\n', at);
+            const std::string line = file.substr(at, end - at), n = between(line, 0, "line ", " ");
+            ids.push_back(line == "line " + n + " =====" ? n : "broken");
+        }
+    }
+    return ids;
+}
+
+// Every ID after the first `skip` is whole and found once (backup records
+// aside), and there are `count` of them (any number for count 0).
+void expectWholeAndOnce(const Ids &ids, std::size_t skip, std::size_t count)
+{
+    std::set<std::string> once;
+    for (std::size_t k = skip; k < ids.size(); ++k) {
+        EXPECT_TRUE(ids[k] != "broken" && (ids[k] == "1" || once.insert(ids[k]).second)) << ids[k];
+    }
+    EXPECT_EQ(once.size(), count != 0 ? count : once.size());
 }
 
 class LogStress : public ::testing::Test {
   protected:
-    void SetUp() override { removeLogs(); }
-    void TearDown() override { removeLogs(); }
+    void SetUp() override
+    {
+        removeLogs();
+        fs::remove_all(sandbox().path("rotated"));
+        fs::create_directories(sandbox().path("rotated"));
+    }
+    void TearDown() override { SetUp(); }
     const std::string text = logPathOf(SM_LOG_TARGET_TEXT), xml = logPathOf(SM_LOG_TARGET_XML);
 };
 
-// Every record, with the limits high enough that no backup is made.
-TEST_F(LogStress, EveryRecordOnceAndWholeWithoutBackups)
+TEST_F(LogStress, EveryRecordOnceAndWholeWithoutBackupsOrRotation)
 {
     // Each writing process raises its own limits; this one's stay as they are.
-    ASSERT_TRUE(inProcesses(
-        [](int p, int t, int i) {
-            const std::string source = "P" + std::to_string(p), description = "record " + name(p, t, i);
-            return SMAppendToLog(SM_LOG_TARGET_TEXT | SM_LOG_TARGET_XML, 2, 3, eventId(p, t, i), source.c_str(),
-                                 description.c_str(), kData, 20) == SM_STATUS_SUCCESS;
-        },
-        [&] {
-            SMSetLogMaxSize(text.c_str(), SM_LOG_MAX_SIZE_UPPER_BOUND, 1);
-            SMSetLogMaxSize(xml.c_str(), SM_LOG_MAX_SIZE_UPPER_BOUND, 1);
-        }));
-    EXPECT_FALSE(fs::exists(backupOf(text)));
-    EXPECT_FALSE(fs::exists(backupOf(xml)));
-    std::multiset<std::string> texts, entries;
-    EXPECT_TRUE(readTextLog(text, texts, false));
-    EXPECT_TRUE(readXmlLog(xml, entries));
-    EXPECT_EQ(texts.size(), static_cast<std::size_t>(kAll));
-    EXPECT_TRUE(noneTwice(texts));
-    EXPECT_EQ(entries.size(), static_cast<std::size_t>(kAll));
-    EXPECT_TRUE(noneTwice(entries));
+    ASSERT_TRUE(inProcesses([](int n) { return writeAll(n, 0, UINT32_MAX); },
+                            [this] {
+                                SMSetLogMaxSize(text.c_str(), SM_LOG_MAX_SIZE_UPPER_BOUND, 1);
+                                SMSetLogMaxSize(xml.c_str(), SM_LOG_MAX_SIZE_UPPER_BOUND, 1);
+                            }));
+    EXPECT_FALSE(fs::exists(backupOf(text)) || fs::exists(backupOf(xml)));
+    const Ids texts = textIds(text), entries = xmlIds(xml);
+    EXPECT_EQ(texts.front() + entries.front(), "headerdocument");
+    expectWholeAndOnce(texts, 1, kAll);
+    expectWholeAndOnce(entries, 1, kAll);
+    expectWholeAndOnce(rotatedIds(), 0, kAll);
 }
 
-// Limits small enough for many backups: what the log and its backup hold is
-// whole, found once, and each file starts with its header and the record of
-// its backup.
-TEST_F(LogStress, RecordsStayWholeAcrossBackups)
+// With small limits the logs move to their backups many times: a log and its
+// backup start with their header and the record of their backup (ID 1). The
+// rotated logs take no lock, so processes rotating at once may drop a
+// generation: their lines are only whole and found once.
+TEST_F(LogStress, RecordsStayWholeAcrossBackupsAndRotation)
 {
-    constexpr uint32_t kLimit = 64 * 1024;
-    ASSERT_TRUE(inProcesses([&](int p, int t, int i) {
-        const std::string source = "P" + std::to_string(p), description = "record " + name(p, t, i);
-        return lg::writeTextRecord(text.c_str(),
-                                   {.type = 2,
-                                    .category = 3,
-                                    .eventId = eventId(p, t, i),
-                                    .source = source.c_str(),
-                                    .description = description.c_str(),
-                                    .data = kData,
-                                    .dataLength = 20},
-                                   kLimit) == SM_STATUS_SUCCESS &&
-               SMAppendToXMLLog(xml.c_str(), 2, 3, eventId(p, t, i), nullptr, source.c_str(), description.c_str(),
-                                nullptr, kData, 20, kLimit) == SM_STATUS_SUCCESS;
-    }));
-    std::multiset<std::string> texts, entries;
-    EXPECT_TRUE(readTextLog(text, texts, true));
-    EXPECT_TRUE(readTextLog(backupOf(text), texts, true));
-    EXPECT_TRUE(readXmlLog(xml, entries));
-    EXPECT_TRUE(readXmlLog(backupOf(xml), entries));
-    EXPECT_TRUE(noneTwice(texts));
-    EXPECT_TRUE(noneTwice(entries));
-    EXPECT_GT(texts.size(), 0u);
-    EXPECT_GT(entries.size(), 0u);
-}
-
-// Rotated logs take no lock: each line still goes in whole, and without a
-// rotation every line is there; two processes rotating at once may drop a
-// generation, so across rotations lines are only found whole and once.
-TEST_F(LogStress, RotatedLinesStayWhole)
-{
-    const std::string dir = sandbox().path("rotated-stress"), path = dir + "/app.log";
-    for (const uint32_t maxSize : {UINT32_MAX, 16u * 1024}) {
-        fs::remove_all(dir);
-        fs::create_directories(dir);
-        ASSERT_TRUE(inProcesses([&](int p, int t, int i) {
-            const std::string line = "line " + name(p, t, i) + " " + std::string(40, '=');
-            return SMFileLogMsgToRotatedLog(line.c_str(), path.c_str(), maxSize, 50, SM_ROTATED_LOG_NEWLINE) ==
-                   SM_STATUS_SUCCESS;
-        }));
-        std::multiset<std::string> lines;
-        bool whole = true;
-        for (const auto &entry : fs::directory_iterator(dir)) {
-            const std::string file = readFile(entry.path());
-            for (std::size_t at = 0, end; at < file.size(); at = end + 1) {
-                end = file.find('\n', at);
-                const std::string line = file.substr(at, end - at);
-                const std::size_t blank = line.find(' ', 5);
-                whole = whole && line.starts_with("line ") && blank != std::string::npos &&
-                        line.substr(blank) == " " + std::string(40, '=');
-                lines.insert(line.substr(0, blank));
-            }
-        }
-        EXPECT_TRUE(whole) << "max size " << maxSize;
-        EXPECT_TRUE(noneTwice(lines));
-        if (maxSize == UINT32_MAX) {
-            EXPECT_EQ(lines.size(), static_cast<std::size_t>(kAll));
-        }
-    }
-    fs::remove_all(dir);
+    ASSERT_TRUE(inProcesses([](int n) { return writeAll(n, 64 * 1024, 16 * 1024); }, [] {}));
+    Ids texts = textIds(text), entries = xmlIds(xml);
+    const Ids textBackup = textIds(backupOf(text)), xmlBackup = xmlIds(backupOf(xml));
+    EXPECT_EQ(texts.at(0) + texts.at(1) + textBackup.at(0) + textBackup.at(1), "header1header1");
+    EXPECT_EQ(entries.at(0) + entries.at(1) + xmlBackup.at(0) + xmlBackup.at(1), "document1document1");
+    texts.insert(texts.end(), textBackup.begin() + 1, textBackup.end());
+    entries.insert(entries.end(), xmlBackup.begin() + 1, xmlBackup.end());
+    expectWholeAndOnce(texts, 1, 0);
+    expectWholeAndOnce(entries, 1, 0);
+    expectWholeAndOnce(rotatedIds(), 0, 0);
 }
 
 }  // namespace
