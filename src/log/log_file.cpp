@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <utility>
 
 #include <zksupt/status.h>
 
@@ -51,16 +52,15 @@ OpenLog openLog(const char *path, OpenFor use) noexcept
         fd = ::open(path, flags | O_CREAT | (use == OpenFor::update ? O_TRUNC : 0), kNewLogMode);
         created = true;
     }
-    OpenLog log{file::Descriptor(fd), 0};
+    file::Descriptor opened(fd);
     struct stat64 status;
     if (fd < 0 || ::fstat64(fd, &status) != 0)
-        return log;
-    log.size = static_cast<uint64_t>(status.st_size);
+        return {file::Descriptor(-1), 0};  // a log of unknown size is not written
     // The process's umask does not decide a new log's bits.
     const mode_t wanted = created ? kNewLogMode : status.st_mode & kKeptBits;
     if ((status.st_mode & 07777) != wanted)
         ::fchmod(fd, wanted);
-    return log;
+    return {std::move(opened), static_cast<uint64_t>(status.st_size)};
 }
 
 int32_t writeWhole(int fd, std::span<iovec> pieces, int64_t offset) noexcept
