@@ -1,6 +1,7 @@
 // A throw-away installation for benchmarks that need the library attached
-// (file locks, the name registry): a registry file naming a var-data
-// directory with its ".ipc", in a temporary tree removed at exit. The
+// (file locks, the name registry, the event logs): a registry file naming a
+// var-data directory with its ".ipc" and a log directory, in a temporary
+// tree removed at exit. The
 // programs link the core statically, so they attach it themselves.
 #pragma once
 
@@ -29,8 +30,9 @@ class Installation {
         }
         root_ = name.data();
         std::filesystem::create_directories(root_ + "/var/data/.ipc");
-        std::ofstream(root_ + "/qvreg.cfg")
-            << "tarn.installpath=" << root_ << "\nkeellib.vardatapath=" << root_ << "/var/data\n";
+        std::filesystem::create_directories(root_ + "/var/log");
+        std::ofstream(root_ + "/qvreg.cfg") << "tarn.installpath=" << root_ << "\nkeellib.vardatapath=" << root_
+                                            << "/var/data\nMeridian.logpath=" << root_ << "/var/log\n";
         setenv("ZKSUPT_REGISTRY", (root_ + "/qvreg.cfg").c_str(), 1);
         if (frame::library().attach() != 1) {
             std::fprintf(stderr, "the library did not attach in %s\n", root_.c_str());

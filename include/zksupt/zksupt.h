@@ -17,5 +17,6 @@
 #include <zksupt/xml.h>
 #include <zksupt/ipc.h>
 #include <zksupt/os.h>
+#include <zksupt/log.h>
 
 #endif /* ZKSUPT_ZKSUPT_H */

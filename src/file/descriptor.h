@@ -3,6 +3,8 @@
 
 #include <unistd.h>
 
+#include <utility>
+
 namespace zksupt::file {
 
 class Descriptor {
@@ -15,6 +17,9 @@ class Descriptor {
     }
     Descriptor(const Descriptor &) = delete;
     Descriptor &operator=(const Descriptor &) = delete;
+    // Handed on whole, as a function that opens a file returns it.
+    Descriptor(Descriptor &&other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
+    Descriptor &operator=(Descriptor &&) = delete;
 
     explicit operator bool() const noexcept { return fd_ >= 0; }
     int get() const noexcept { return fd_; }

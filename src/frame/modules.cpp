@@ -9,6 +9,7 @@
 #include "ipc/critical_section.h"
 #include "ipc/registry.h"
 #include "lock/file_lock.h"
+#include "log/limits.h"
 #include "net/module.h"
 #include "os/library_table.h"
 
@@ -37,7 +38,7 @@ constexpr std::array<Module, 9> kModules{{
     {"network", net::startNetwork, net::stopNetwork},
     {"IPC name registry", ipc::startRegistry, ipc::stopRegistry},
     {"critical sections", ipc::startCriticalSections, ipc::stopCriticalSections},
-    notBuiltYet("event log"),
+    {"event log", log::startLogLimits, log::stopLogLimits},
     {"format engine", format::startEngine, format::stopEngine},
     {"dynamic-library table", os::startLibraryTable, os::stopLibraryTable},
     {"CRC-32 table", digest::startCrcTable, digest::stopCrcTable},

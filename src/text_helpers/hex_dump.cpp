@@ -15,7 +15,7 @@ namespace zksupt::text_helpers {
 namespace {
 
 constexpr std::size_t kLineBytes = 16;
-constexpr std::size_t kLineLength = 81;
+constexpr std::size_t kLineLength = kHexDumpLineLength;
 constexpr std::size_t kFirstByteColumn = 12;
 constexpr std::size_t kFirstCharColumn = 62;
 constexpr uint32_t kWorkCapacity = 2048;
@@ -61,6 +61,18 @@ int32_t hexDumpAppend(SMSizedString *dst, const uint8_t *data, uint32_t len, uin
             return SM_STATUS_FAILURE;
     }
     return SM_STATUS_SUCCESS;
+}
+
+void hexDumpUcs2(const uint8_t *data, uint32_t len, uint32_t base, ucs2 *out) noexcept
+{
+    if (data == nullptr)
+        return;
+    Line line;
+    for (uint32_t offset = 0; offset < len; offset += kLineBytes) {
+        const std::size_t count = std::min<std::size_t>(kLineBytes, len - offset);
+        formatLine(line, data + offset, count, base + offset);
+        out = std::copy(line.begin(), line.end(), out);
+    }
 }
 
 char *hexDumpText(const uint8_t *data, uint32_t *len, uint32_t base) noexcept

@@ -1,5 +1,5 @@
 // Hex dumps of binary data (hex_dump.cpp), for the typed-value text and the
-// event logs.
+// event logs (which write them in UCS-2).
 //
 // One line per run of 16 bytes (the last may be shorter), 81 characters and
 // CR LF: "0x%08X: " of base + offset, the bytes' upper-case digits with ':'
@@ -20,5 +20,17 @@ int32_t hexDumpAppend(SMSizedString *dst, const uint8_t *data, uint32_t len, uin
 // The dump as new text (malloc). *len: in the data bytes, out the text bytes
 // with the terminator. Null when len is null or memory runs out.
 char *hexDumpText(const uint8_t *data, uint32_t *len, uint32_t base) noexcept;
+
+// Characters in one line of the dump, its CR LF included.
+inline constexpr uint32_t kHexDumpLineLength = 81;
+
+// The characters the dump of len bytes takes.
+constexpr uint64_t hexDumpLength(uint32_t len) noexcept
+{
+    return (uint64_t{len} + 15) / 16 * kHexDumpLineLength;
+}
+
+// The dump as UCS-2 units into out, which holds hexDumpLength(len) of them.
+void hexDumpUcs2(const uint8_t *data, uint32_t len, uint32_t base, ucs2 *out) noexcept;
 
 }  // namespace zksupt::text_helpers
