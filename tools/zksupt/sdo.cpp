@@ -309,7 +309,8 @@ void addSdoCommands(CLI::App &app, Outcome &outcome)
         if ((outcome.exitCode = readChecked(dump->file, block, kExitMalformed)) != 0)
             return;
         if (dump->json) {
-            std::cout << blockToJson(block).dump(2) << "\n";
+            // Text forms that are not valid UTF-8 are shown with replacements; "bytes" stays exact.
+            std::cout << blockToJson(block).dump(2, ' ', false, Json::error_handler_t::replace) << "\n";
         } else {
             printBlock(std::cout, block, "");
         }
