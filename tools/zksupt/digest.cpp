@@ -25,6 +25,8 @@ std::string md5Hex(const std::string &bytes)
     SMRFC1321Load(&context);
     SMRFC1321AddMsg(&context, bytes.data(), static_cast<uint32_t>(bytes.size()));
     SMRFC1321ComputeMsgDigest(&context);
+    // The library's digest as it stores it: RFC 1321's on a little-endian
+    // host, a host-specific one on a big-endian host.
     return toHex(context.digest, sizeof context.digest);
 }
 
