@@ -133,6 +133,30 @@ TEST(ToolLog, AppendedEventsShowAndFilter)
     unlink(log.c_str());
 }
 
+TEST(ToolLog, RotateMovesOnlyALogAboveItsLimit)
+{
+    const std::string log = sandbox().path("tool-rotate/app.log");
+    const struct {
+        size_t bytes;
+        bool rotated;
+    } cases[] = {{10, false}, {11, true}};
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.bytes);
+        sandbox().writeFile("tool-rotate/app.log", std::string(c.bytes, 'x'));
+        EXPECT_EQ(runTool({"log", "rotate", log, "--max", "10", "--keep", "2"}).exitCode, 0);
+        EXPECT_EQ(readFile(log + ".1").size(), c.rotated ? c.bytes : 0u);
+        EXPECT_EQ(access(log.c_str(), F_OK) == 0, !c.rotated);
+        unlink(log.c_str());
+        unlink((log + ".1").c_str());
+    }
+    EXPECT_EQ(runTool({"log", "rotate", log, "--max", "ten", "--keep", "2"}).exitCode, 2);
+    // A log that is not there cannot be shown.
+    unlink((sandbox().logDir() + "/log/zksys32.log").c_str());
+    const ToolRun missing = runTool({"log", "show"});
+    EXPECT_EQ(missing.exitCode, 3);
+    EXPECT_EQ(missing.err, "zksupt: " + sandbox().logDir() + "/log/zksys32.log: file not found (0x7)\n");
+}
+
 TEST(ToolIpc, CleanRemovesTheSetOfAKilledOwner)
 {
     const std::string keyFile = sandbox().ipcDir() + "/.lxsuptIPCini";
