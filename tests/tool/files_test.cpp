@@ -6,6 +6,7 @@
 #include "support/sandbox.h"
 
 #include <zksupt/config.h>
+#include <zksupt/ipc.h>
 
 #include <signal.h>
 #include <sys/sem.h>
@@ -155,6 +156,24 @@ TEST(ToolLog, RotateMovesOnlyALogAboveItsLimit)
     const ToolRun missing = runTool({"log", "show"});
     EXPECT_EQ(missing.exitCode, 3);
     EXPECT_EQ(missing.err, "zksupt: " + sandbox().logDir() + "/log/zksys32.log: file not found (0x7)\n");
+}
+
+TEST(ToolIpc, KeysShowANamedSemaphoreAndItsValue)
+{
+    void *semaphore = SMSemaphoreCreate("tool keys test", 3);
+    ASSERT_NE(semaphore, nullptr);
+    const ToolRun keys = runTool({"ipc", "keys"});
+    SMSemaphoreDestroy(semaphore);
+    EXPECT_EQ(keys.exitCode, 0) << keys.err;
+    EXPECT_EQ(keys.out.rfind("key file " + sandbox().ipcDir() + "/.lxsuptIPCini\n", 0), 0u) << keys.out;
+    // The name is the tag and 32 digest digits; the value is the semaphore's.
+    const size_t line = keys.out.find("\nzksupsmp");
+    ASSERT_NE(line, std::string::npos) << keys.out;
+    const std::string rest = keys.out.substr(line + 1 + 8 + 32);
+    EXPECT_EQ(rest.rfind(" key ", 0), 0u) << rest;
+    EXPECT_NE(rest.find(", value 3"), std::string::npos) << rest;
+    // Once removed, the key stays in the file but its object is gone.
+    EXPECT_NE(runTool({"ipc", "keys"}).out.find("): absent\n"), std::string::npos);
 }
 
 TEST(ToolIpc, CleanRemovesTheSetOfAKilledOwner)
