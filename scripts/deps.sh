@@ -4,7 +4,8 @@
 # Usage: scripts/deps.sh example|test
 set -euo pipefail
 
-packages=(cmake ninja-build g++ make)
+# The tool's argument parser, JSON writer and man-page generator.
+packages=(cmake ninja-build g++ make libcli11-dev nlohmann-json3-dev scdoc)
 case "${1:-test}" in
   example) ;;
   test) packages+=(libgtest-dev googletest libbenchmark-dev libboost-dev zlib1g-dev libssl-dev g++-powerpc-linux-gnu qemu-user util-linux clang libclang-rt-14-dev libxml2-utils) ;;

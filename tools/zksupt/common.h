@@ -1,0 +1,68 @@
+// What every subcommand of the tool shares: exit codes, the error line,
+// reading and writing files or the standard streams, hexadecimal text.
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace zktool {
+
+// Exit codes, each documented in zksupt(1).
+enum ExitCode : int {
+    kExitOk = 0,
+    kExitCheckFailed = 1,  // sdo check found the input malformed
+    kExitUsage = 2,        // the command line is wrong
+    kExitNoFile = 3,       // a file could not be read or written
+    kExitMalformed = 4,    // input is not what the command expects
+    kExitNotFound = 5,     // the section, key, string or entry is not there
+    kExitFailed = 6,       // the library refused or failed otherwise
+};
+
+// Statuses of the tool's own failures, in the library's numbering.
+constexpr int32_t kStatusFileNotFound = 7;
+constexpr int32_t kStatusOpenFailed = 0x104;
+constexpr int32_t kStatusBadObject = 0x101;
+constexpr int32_t kStatusInvalid = 0x10F;
+
+// The name of a library status ("key not found"), or "unknown status".
+const char *statusName(int32_t status);
+
+// Writes "zksupt: <what>: <status name> (0x..)" to standard error and returns exitCode.
+int fail(const std::string &what, int32_t status, int exitCode);
+
+// The exit code a library status means for a command that reads or writes something.
+int exitCodeFor(int32_t status);
+
+// Reads a whole file, or standard input for "-"; 0 or the exit code after reporting.
+int readInput(const std::string &name, std::string &bytes);
+// Writes bytes to a file, or standard output for "-"; 0 or the exit code after reporting.
+int writeOutput(const std::string &name, const std::string &bytes);
+
+std::string toHex(const void *bytes, size_t length);
+// Parses pairs of hexadecimal digits; false for anything else.
+bool fromHex(const std::string &text, std::string &bytes);
+
+// Names of the value-type codes 0-15, as the tool shows and takes them.
+extern const char *const kValueTypeNames[16];
+// The code of a value-type name or number (0-16); -1 for anything else.
+int valueTypeCode(const std::string &name);
+
+// The result a subcommand's callback leaves for main to return.
+struct Outcome {
+    int exitCode = kExitOk;
+};
+
+// Each family adds its subcommands to the application.
+void addSdoCommands(CLI::App &app, Outcome &outcome);
+void addDigestCommands(CLI::App &app, Outcome &outcome);
+void addIniCommands(CLI::App &app, Outcome &outcome);
+void addPropCommands(CLI::App &app, Outcome &outcome);
+void addPathCommands(CLI::App &app, Outcome &outcome);
+void addLogCommands(CLI::App &app, Outcome &outcome);
+void addIpcCommands(CLI::App &app, Outcome &outcome);
+void addStringCommands(CLI::App &app, Outcome &outcome);
+
+}  // namespace zktool
