@@ -2,6 +2,7 @@
 #ifndef ZKSUPT_STATUS_H
 #define ZKSUPT_STATUS_H
 
+#include <stddef.h>
 #include <stdint.h>
 
 /* Success. */
@@ -54,5 +55,66 @@
 #define SM_STATUS_VALUE_TOO_LARGE 0x122
 /* A parsed value is below the range of its type. */
 #define SM_STATUS_VALUE_TOO_SMALL 0x123
+
+/* The name of a status as its constant spells it without the prefix
+   ("KEY_NOT_FOUND" for SM_STATUS_KEY_NOT_FOUND), or NULL for a value that is
+   no status of the library. Safe from any thread; the text is static. */
+static inline const char *zksupt_status_name(int32_t status)
+{
+    switch (status) {
+    case SM_STATUS_SUCCESS:
+        return "SUCCESS";
+    case SM_STATUS_FAILURE:
+        return "FAILURE";
+    case SM_STATUS_NOT_SERVED:
+        return "NOT_SERVED";
+    case SM_STATUS_BAD_ARGUMENT:
+        return "BAD_ARGUMENT";
+    case SM_STATUS_TIMEOUT:
+        return "TIMEOUT";
+    case SM_STATUS_FILE_NOT_FOUND:
+        return "FILE_NOT_FOUND";
+    case SM_STATUS_SOURCE_UNREADABLE:
+        return "SOURCE_UNREADABLE";
+    case SM_STATUS_NOT_PRESENT:
+        return "NOT_PRESENT";
+    case SM_STATUS_BUFFER_TOO_SMALL:
+        return "BUFFER_TOO_SMALL";
+    case SM_STATUS_NOT_READY:
+        return "NOT_READY";
+    case SM_STATUS_LIMIT_REACHED:
+        return "LIMIT_REACHED";
+    case SM_STATUS_DESTINATION_EXISTS:
+        return "DESTINATION_EXISTS";
+    case SM_STATUS_NOT_FOUND:
+        return "NOT_FOUND";
+    case SM_STATUS_BAD_OBJECT:
+        return "BAD_OBJECT";
+    case SM_STATUS_DUPLICATE:
+        return "DUPLICATE";
+    case SM_STATUS_FILE_OPEN_FAILED:
+        return "FILE_OPEN_FAILED";
+    case SM_STATUS_BAD_SECTION_HEADER:
+        return "BAD_SECTION_HEADER";
+    case SM_STATUS_SECTION_NOT_FOUND:
+        return "SECTION_NOT_FOUND";
+    case SM_STATUS_KEY_NOT_FOUND:
+        return "KEY_NOT_FOUND";
+    case SM_STATUS_BAD_LENGTH:
+        return "BAD_LENGTH";
+    case SM_STATUS_ACCESS_DENIED:
+        return "ACCESS_DENIED";
+    case SM_STATUS_INVALID_PARAMETER:
+        return "INVALID_PARAMETER";
+    case SM_STATUS_NO_MEMORY:
+        return "NO_MEMORY";
+    case SM_STATUS_VALUE_TOO_LARGE:
+        return "VALUE_TOO_LARGE";
+    case SM_STATUS_VALUE_TOO_SMALL:
+        return "VALUE_TOO_SMALL";
+    default:
+        return NULL;
+    }
+}
 
 #endif /* ZKSUPT_STATUS_H */

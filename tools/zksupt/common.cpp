@@ -2,6 +2,7 @@
 
 #include <zksupt/status.h>
 
+#include <cctype>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -12,62 +13,16 @@
 
 namespace zktool {
 
-const char *statusName(int32_t status)
+std::string statusName(int32_t status)
 {
-    switch (status) {
-    case SM_STATUS_SUCCESS:
-        return "success";
-    case SM_STATUS_FAILURE:
-        return "failure";
-    case SM_STATUS_NOT_SERVED:
-        return "not served";
-    case SM_STATUS_BAD_ARGUMENT:
-        return "bad argument";
-    case SM_STATUS_TIMEOUT:
-        return "timeout";
-    case SM_STATUS_FILE_NOT_FOUND:
-        return "file not found";
-    case SM_STATUS_SOURCE_UNREADABLE:
-        return "source unreadable";
-    case SM_STATUS_NOT_PRESENT:
-        return "not present";
-    case SM_STATUS_BUFFER_TOO_SMALL:
-        return "buffer too small";
-    case SM_STATUS_NOT_READY:
-        return "not ready";
-    case SM_STATUS_LIMIT_REACHED:
-        return "limit reached";
-    case SM_STATUS_DESTINATION_EXISTS:
-        return "destination exists";
-    case SM_STATUS_NOT_FOUND:
-        return "not found";
-    case SM_STATUS_BAD_OBJECT:
-        return "bad object";
-    case SM_STATUS_DUPLICATE:
-        return "duplicate";
-    case SM_STATUS_FILE_OPEN_FAILED:
-        return "file open failed";
-    case SM_STATUS_BAD_SECTION_HEADER:
-        return "bad section header";
-    case SM_STATUS_SECTION_NOT_FOUND:
-        return "section not found";
-    case SM_STATUS_KEY_NOT_FOUND:
-        return "key not found";
-    case SM_STATUS_BAD_LENGTH:
-        return "bad length";
-    case SM_STATUS_ACCESS_DENIED:
-        return "access denied";
-    case SM_STATUS_INVALID_PARAMETER:
-        return "invalid parameter";
-    case SM_STATUS_NO_MEMORY:
-        return "no memory";
-    case SM_STATUS_VALUE_TOO_LARGE:
-        return "value too large";
-    case SM_STATUS_VALUE_TOO_SMALL:
-        return "value too small";
-    default:
+    const char *name = zksupt_status_name(status);
+    if (name == nullptr)
         return "unknown status";
-    }
+    // Said as words: "KEY_NOT_FOUND" reads "key not found".
+    std::string words(name);
+    for (char &c : words)
+        c = c == '_' ? ' ' : static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return words;
 }
 
 const char *const kValueTypeNames[16] = {"boolean", "int8",   "int16",  "int32", "int64", "uint8", "uint16", "uint32",
@@ -125,7 +80,7 @@ int readInput(const std::string &name, std::string &bytes)
     }
     std::ifstream in(name, std::ios::binary);
     if (!in) {
-        return fail(name, errno == ENOENT ? kStatusFileNotFound : kStatusOpenFailed, kExitNoFile);
+        return fail(name, errno == ENOENT ? SM_STATUS_FILE_NOT_FOUND : SM_STATUS_FILE_OPEN_FAILED, kExitNoFile);
     }
     bytes.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
     return kExitOk;
@@ -136,12 +91,12 @@ int writeOutput(const std::string &name, const std::string &bytes)
     if (name == "-") {
         std::cout.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
         std::cout.flush();
-        return std::cout ? kExitOk : fail("standard output", kStatusOpenFailed, kExitNoFile);
+        return std::cout ? kExitOk : fail("standard output", SM_STATUS_FILE_OPEN_FAILED, kExitNoFile);
     }
     std::ofstream out(name, std::ios::binary | std::ios::trunc);
     out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     out.close();
-    return out ? kExitOk : fail(name, kStatusOpenFailed, kExitNoFile);
+    return out ? kExitOk : fail(name, SM_STATUS_FILE_OPEN_FAILED, kExitNoFile);
 }
 
 std::string toHex(const void *bytes, size_t length)

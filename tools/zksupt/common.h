@@ -4,6 +4,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <zksupt/status.h>
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -21,14 +23,8 @@ enum ExitCode : int {
     kExitFailed = 6,       // the library refused or failed otherwise
 };
 
-// Statuses of the tool's own failures, in the library's numbering.
-constexpr int32_t kStatusFileNotFound = 7;
-constexpr int32_t kStatusOpenFailed = 0x104;
-constexpr int32_t kStatusBadObject = 0x101;
-constexpr int32_t kStatusInvalid = 0x10F;
-
 // The name of a library status ("key not found"), or "unknown status".
-const char *statusName(int32_t status);
+std::string statusName(int32_t status);
 
 // Writes "zksupt: <what>: <status name> (0x..)" to standard error and returns exitCode.
 int fail(const std::string &what, int32_t status, int exitCode);

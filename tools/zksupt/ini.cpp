@@ -195,7 +195,7 @@ int getValue(const IniOptions &o)
 {
     const IniType *type = iniType(o.type);
     if (!type)
-        return fail("unknown type \"" + o.type + "\"", kStatusInvalid, kExitUsage);
+        return fail("unknown type \"" + o.type + "\"", SM_STATUS_INVALID_PARAMETER, kExitUsage);
     if (type->code == 1) {
         std::string text;
         if (int32_t status = readText(o.section.c_str(), o.key.c_str(), o.file, text))
@@ -218,7 +218,7 @@ int setValue(const IniOptions &o)
 {
     const IniType *type = iniType(o.type);
     if (!type)
-        return fail("unknown type \"" + o.type + "\"", kStatusInvalid, kExitUsage);
+        return fail("unknown type \"" + o.type + "\"", SM_STATUS_INVALID_PARAMETER, kExitUsage);
     std::string value;
     if (!parseValue(*type, o.value, value))
         return fail(where(o) + ": \"" + o.value + "\" is not a " + o.type, SM_STATUS_BAD_LENGTH, kExitMalformed);

@@ -167,7 +167,7 @@ int show(const ShowOptions &o)
     const Named *category = o.category.empty() ? nullptr : lookUp(kCategories, o.category);
     const time_t since = o.since.empty() ? 0 : parseSince(o.since);
     if ((!o.type.empty() && !type) || (!o.category.empty() && !category) || since < 0)
-        return fail("log show: unknown type, category or date", kStatusInvalid, kExitUsage);
+        return fail("log show: unknown type, category or date", SM_STATUS_INVALID_PARAMETER, kExitUsage);
     bool first = true;
     for (const auto &record : decodeRecords(bytes)) {
         if (type && field(record, "Type: ") != type->shown)
@@ -206,7 +206,7 @@ int append(const AppendOptions &o)
     const Named *type = lookUp(kTypes, o.type);
     const Named *category = lookUp(kCategories, o.category);
     if (!type || !category)
-        return fail("log append: unknown type or category", kStatusInvalid, kExitUsage);
+        return fail("log append: unknown type or category", SM_STATUS_INVALID_PARAMETER, kExitUsage);
     std::string data;
     if (!o.dataFile.empty()) {
         if (int code = readInput(o.dataFile, data))

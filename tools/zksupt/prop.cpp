@@ -42,7 +42,7 @@ int getValue(const PropOptions &o)
 {
     const int type = valueTypeCode(o.type);
     if (type < 0)
-        return fail("unknown type \"" + o.type + "\"", kStatusInvalid, kExitUsage);
+        return fail("unknown type \"" + o.type + "\"", SM_STATUS_INVALID_PARAMETER, kExitUsage);
     std::string value;
     if (int32_t status = readValue(o.key.c_str(), static_cast<uint32_t>(type), o.file, value))
         return fail(o.file + " " + o.key, status, exitCodeFor(status));
@@ -64,7 +64,7 @@ int setValue(const PropOptions &o)
 {
     const int type = valueTypeCode(o.type);
     if (type < 0)
-        return fail("unknown type \"" + o.type + "\"", kStatusInvalid, kExitUsage);
+        return fail("unknown type \"" + o.type + "\"", SM_STATUS_INVALID_PARAMETER, kExitUsage);
     // The library empties the file when asked to write a key it does not
     // hold, so an absent key is refused before anything is written.
     std::string current;

@@ -179,11 +179,11 @@ int readChecked(const std::string &name, std::string &block, int malformedExit)
         return code;
     std::string where;
     if (!sdo::checkBlock(bytesOf(block), block.size(), 0, where))
-        return fail(name + ": " + where, kStatusBadObject, malformedExit);
+        return fail(name + ": " + where, SM_STATUS_BAD_OBJECT, malformedExit);
     const size_t total = sdo::load16(bytesOf(block) + 6);
     if (total != block.size())
-        return fail(name + ": offset " + std::to_string(total) + ": bytes after the end of the block", kStatusBadObject,
-                    malformedExit);
+        return fail(name + ": offset " + std::to_string(total) + ": bytes after the end of the block",
+                    SM_STATUS_BAD_OBJECT, malformedExit);
     return kExitOk;
 }
 
@@ -200,13 +200,13 @@ int32_t valueOf(const Json &entry, uint8_t type, std::string &value, std::string
     if (entry.contains("bytes")) {
         if (!entry["bytes"].is_string() || !fromHex(entry["bytes"].get<std::string>(), value)) {
             where += ": \"bytes\" is not a hexadecimal string";
-            return kStatusInvalid;
+            return SM_STATUS_INVALID_PARAMETER;
         }
         return 0;
     }
     if (!entry.contains("text") || !entry["text"].is_string()) {
         where += ": neither \"bytes\", \"text\", \"object\" nor \"array\"";
-        return kStatusInvalid;
+        return SM_STATUS_INVALID_PARAMETER;
     }
     value.assign(65536, '\0');
     auto size = static_cast<uint32_t>(value.size());
@@ -232,7 +232,7 @@ int32_t buildObject(const Json &entries, std::string &out, std::string &where)
             !entry.contains("type") || !entry["type"].is_number_unsigned() || entry["id"].get<uint32_t>() > 0xFFFF ||
             entry["type"].get<uint32_t>() > 0xFF) {
             where += ": needs \"id\" and \"type\" numbers of 16 and 8 bits";
-            return kStatusInvalid;
+            return SM_STATUS_INVALID_PARAMETER;
         }
         const auto id = entry["id"].get<uint16_t>();
         const auto type = entry["type"].get<uint8_t>();
@@ -286,7 +286,7 @@ int32_t buildBlock(const Json &json, std::string &out, std::string &where)
         json["elements"].is_array())
         return buildArray(json["elements"], out, where);
     where += ": not an object with \"kind\" and \"entries\" or \"elements\"";
-    return kStatusInvalid;
+    return SM_STATUS_INVALID_PARAMETER;
 }
 
 }  // namespace
@@ -330,7 +330,7 @@ void addSdoCommands(CLI::App &app, Outcome &outcome)
             return;
         Json json = Json::parse(text, nullptr, false);
         if (json.is_discarded()) {
-            outcome.exitCode = fail(build->file + ": not JSON", kStatusInvalid, kExitMalformed);
+            outcome.exitCode = fail(build->file + ": not JSON", SM_STATUS_INVALID_PARAMETER, kExitMalformed);
             return;
         }
         std::string block;
