@@ -68,6 +68,24 @@ TEST(Crc32, CheckValueNoCaseStringsAndBothPathsAgainstTheReference)
         }
 }
 
+// Long buffers at random lengths, alignments and splits, on whichever path
+// the processor takes (wide registers from 256 bytes on where it has them),
+// against the sliced tables.
+TEST(Crc32, LongBuffersAgreeWithTheTables)
+{
+    std::mt19937 random(32);
+    for (int round = 0; round < 2000; ++round) {
+        const std::size_t offset = random() % 64;
+        const std::size_t length = random() % (kRandom.size() - offset);
+        const std::size_t split = random() % (length + 1);
+        const uint8_t *start = kRandom.data() + offset;
+        const uint32_t expected = crc32UpdatePortable(0, start, length);
+        ASSERT_EQ(crc32Update(0, start, length), expected) << offset << "+" << length;
+        ASSERT_EQ(crc32Update(crc32Update(0, start, split), start + split, length - split), expected)
+            << offset << "+" << split << "+" << length - split;
+    }
+}
+
 TEST(GenerateCrc32, TestsTheWholeByteAndCountsBytesPastTheLengthAsZeros)
 {
     for (uint32_t total = 0; total < 130; ++total)
