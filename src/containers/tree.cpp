@@ -26,6 +26,7 @@ int32_t insertData(RedBlackTree *tree, void *data, void *key, TreeCallback compa
     RedBlackTreeNode *parent = nullptr;
     int32_t order = 0;
     for (RedBlackTreeNode *node = *tree; node != nullptr; node = order < 0 ? node->left : node->right) {
+        prefetchBelow(node);
         order = compare(key, node->data);
         if (order == 0)
             return SM_STATUS_DUPLICATE;
