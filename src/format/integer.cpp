@@ -5,6 +5,8 @@
 #include <bit>
 #include <cstring>
 
+#include "frame/short_copy.h"
+
 namespace zksupt::format {
 namespace {
 
@@ -121,7 +123,7 @@ inline char *pad(char *at, const char (&sixteen)[17], int64_t count) noexcept
     for (; count > 16; count -= 16, at += 16)
         std::memcpy(at, sixteen, 16);
     if (count > 0) {
-        Output::copy(at, sixteen, static_cast<uint32_t>(count));
+        frame::copyShort(at, sixteen, static_cast<std::size_t>(count));
         at += count;
     }
     return at;

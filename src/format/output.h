@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "frame/short_copy.h"
+
 namespace zksupt::format {
 
 class Output {
@@ -21,7 +23,7 @@ class Output {
     {
         const uint32_t n = take(length);
         if (dst_ != nullptr && n != 0)
-            copy(dst_ + stored_, text, n);
+            frame::copyShort(dst_ + stored_, text, n);
         stored_ += n;
     }
 
@@ -50,7 +52,7 @@ class Output {
         const uint32_t n = take(static_cast<uint64_t>(count));
         if (dst_ != nullptr && n != 0) {
             if (n <= 16 && (c == ' ' || c == '0'))
-                copy(dst_ + stored_, c == ' ' ? kBlanks : kZeros, n);
+                frame::copyShort(dst_ + stored_, c == ' ' ? kBlanks : kZeros, n);
             else
                 std::memset(dst_ + stored_, c, n);
         }
@@ -68,29 +70,6 @@ class Output {
         if (dst_ != nullptr)
             dst_[stored_] = '\0';
         return static_cast<int32_t>(stored_);
-    }
-
-    // Copies n > 0 bytes. Most pieces of a formatted text are a few bytes
-    // long, where a call to memcpy costs more than the copy: up to 32 bytes
-    // go as two fixed-size copies that may overlap.
-    static void copy(char *to, const char *from, uint32_t n) noexcept
-    {
-        if (n >= 16 && n <= 32) {
-            std::memcpy(to, from, 16);
-            std::memcpy(to + n - 16, from + n - 16, 16);
-        } else if (n >= 8 && n < 16) {
-            std::memcpy(to, from, 8);
-            std::memcpy(to + n - 8, from + n - 8, 8);
-        } else if (n >= 4 && n < 8) {
-            std::memcpy(to, from, 4);
-            std::memcpy(to + n - 4, from + n - 4, 4);
-        } else if (n < 4) {
-            to[0] = from[0];
-            to[n / 2] = from[n / 2];
-            to[n - 1] = from[n - 1];
-        } else {
-            std::memcpy(to, from, n);
-        }
     }
 
   private:
