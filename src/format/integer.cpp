@@ -131,10 +131,9 @@ inline char *pad(char *at, const char (&sixteen)[17], int64_t count) noexcept
 
 }  // namespace
 
-void printInteger(Output &out, Directive d, uintptr_t magnitude, Radix radix, char sign, char hexPrefix) noexcept
+void printInteger(Output &out, const Directive &d, uintptr_t magnitude, Radix radix, char sign, char hexPrefix) noexcept
 {
-    if (d.precision >= 0)
-        d.zeroPad = false;
+    const bool zeroPad = d.zeroPad && d.precision < 0;  // a precision cancels zero padding
     const Digits digits(magnitude, radix, d);
     const int32_t integerPrecision = std::max(d.precision, 0);
     const int64_t realSize = digits.length + (sign != '\0' ? 1 : hexPrefix != '\0' ? 2 : 0);
@@ -144,7 +143,7 @@ void printInteger(Output &out, Directive d, uintptr_t magnitude, Radix radix, ch
     // The usual case: the whole field fits, and is written in place in one
     // pass, digits included, so that no byte is copied twice.
     if (char *at = out.reserve(static_cast<uint64_t>(std::max<int64_t>(fieldSize, d.width)))) {
-        if (!d.leftAdjust && !d.zeroPad)
+        if (!d.leftAdjust && !zeroPad)
             at = pad(at, kSixteenBlanks, padding);
         if (sign != '\0') {
             *at++ = sign;
@@ -152,7 +151,7 @@ void printInteger(Output &out, Directive d, uintptr_t magnitude, Radix radix, ch
             *at++ = '0';
             *at++ = hexPrefix;
         }
-        if (!d.leftAdjust && d.zeroPad)
+        if (!d.leftAdjust && zeroPad)
             at = pad(at, kSixteenZeros, padding);
         at = pad(at, kSixteenZeros, integerPrecision - realSize);
         at += digits.length;
@@ -168,7 +167,9 @@ void printInteger(Output &out, Directive d, uintptr_t magnitude, Radix radix, ch
     const char *first = digits.writeBefore(end);
     Pieces text;
     text.text(first, static_cast<uint64_t>(end - first));
-    layOut(out, d, sign, hexPrefix, integerPrecision, text);
+    Directive laid = d;
+    laid.zeroPad = zeroPad;
+    layOut(out, laid, sign, hexPrefix, integerPrecision, text);
 }
 
 }  // namespace zksupt::format
