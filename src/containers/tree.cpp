@@ -26,6 +26,7 @@ int32_t insertData(RedBlackTree *tree, void *data, void *key, TreeCallback compa
     RedBlackTreeNode *parent = nullptr;
     int32_t order = 0;
     for (RedBlackTreeNode *node = *tree; node != nullptr; node = order < 0 ? node->left : node->right) {
+        prefetchBelow(node);
         order = compare(key, node->data);
         if (order == 0)
             return SM_STATUS_DUPLICATE;
@@ -56,15 +57,12 @@ void *replaceData(RedBlackTree *tree, void *data, void *key, TreeCallback compar
     return old;
 }
 
-int32_t deleteData(RedBlackTree *tree, void *key, TreeCallback compare, void **removed) noexcept
+RedBlackTreeNode *detachData(RedBlackTree *tree, void *key, TreeCallback compare, void **removed) noexcept
 {
-    if (tree == nullptr || key == nullptr || compare == nullptr)
-        return SM_STATUS_INVALID_PARAMETER;
     RedBlackTreeNode *match = findNode(*tree, key, compare);
     if (match == nullptr)
-        return SM_STATUS_NOT_FOUND;
-    if (removed != nullptr)
-        *removed = match->data;
+        return nullptr;
+    *removed = match->data;
     RedBlackTreeNode *leaving = match;
     if (match->left != nullptr && match->right != nullptr) {
         // A node with two children stays where it is and takes over its
@@ -75,6 +73,19 @@ int32_t deleteData(RedBlackTree *tree, void *key, TreeCallback compare, void **r
         match->data = leaving->data;
     }
     unlinkNode(tree, leaving);
+    return leaving;
+}
+
+int32_t deleteData(RedBlackTree *tree, void *key, TreeCallback compare, void **removed) noexcept
+{
+    if (tree == nullptr || key == nullptr || compare == nullptr)
+        return SM_STATUS_INVALID_PARAMETER;
+    void *data = nullptr;
+    RedBlackTreeNode *leaving = detachData(tree, key, compare, &data);
+    if (leaving == nullptr)
+        return SM_STATUS_NOT_FOUND;
+    if (removed != nullptr)
+        *removed = data;
     std::free(leaving);
     return SM_STATUS_SUCCESS;
 }

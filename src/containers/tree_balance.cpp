@@ -4,6 +4,8 @@
 #include "containers/tree.h"
 #include "containers/tree_node.h"
 
+#include <bit>
+
 namespace zksupt::containers {
 namespace {
 
@@ -64,7 +66,33 @@ void rebalanceAfterUnlink(RedBlackTree *tree, RedBlackTreeNode *node, RedBlackTr
         node->color = kBlack;
 }
 
+// Links nodes [first, last) below parent, the middle one at the top, so the
+// two sides differ by at most one node at every level. Then every level but
+// the deepest is full: the deepest, when it is not full itself, is red and
+// everything above it black, which gives every path the same black count.
+RedBlackTreeNode *linkRange(RedBlackTreeNode *nodes, uint32_t first, uint32_t last, RedBlackTreeNode *parent,
+                            uint32_t depth, uint32_t redDepth) noexcept
+{
+    if (first == last)
+        return nullptr;
+    const uint32_t middle = first + (last - first) / 2;
+    RedBlackTreeNode *node = nodes + middle;
+    node->parent = parent;
+    node->color = depth == redDepth ? kRed : kBlack;
+    node->left = linkRange(nodes, first, middle, node, depth + 1, redDepth);
+    node->right = linkRange(nodes, middle + 1, last, node, depth + 1, redDepth);
+    return node;
+}
+
 }  // namespace
+
+RedBlackTreeNode *linkSorted(RedBlackTreeNode *nodes, uint32_t count) noexcept
+{
+    // The full levels number floor(log2(count + 1)); the deepest level is
+    // partial unless count + 1 is a power of two, and lies just below them.
+    const auto fullLevels = static_cast<uint32_t>(std::bit_width(uint64_t{count} + 1) - 1);
+    return linkRange(nodes, 0, count, nullptr, 0, fullLevels);
+}
 
 void rebalanceAfterInsert(RedBlackTree *tree, RedBlackTreeNode *node) noexcept
 {

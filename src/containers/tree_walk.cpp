@@ -69,7 +69,7 @@ void *walkTree(const RedBlackTreeNode *root, void *context, TreeCallback callbac
 // Post-order, right subtree before left. A node goes once both its subtrees
 // are gone and the walk climbs back by the parent links, so it needs neither
 // a stack nor any rebalancing.
-void deleteTree(RedBlackTree *tree, void *context, RedBlackTreeFreeCallback release) noexcept
+void deleteTree(RedBlackTree *tree, void *context, RedBlackTreeFreeCallback release, NodeRelease releaseNode) noexcept
 {
     if (tree == nullptr)
         return;
@@ -86,7 +86,10 @@ void deleteTree(RedBlackTree *tree, void *context, RedBlackTreeFreeCallback rele
                 child(parent, sideOf(node, parent)) = nullptr;
             if (release != nullptr)
                 release(context, node->data);
-            std::free(node);
+            if (releaseNode != nullptr)
+                releaseNode(context, node);
+            else
+                std::free(node);
             node = parent;
         }
     }

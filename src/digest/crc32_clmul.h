@@ -1,5 +1,7 @@
-// CRC-32 by carry-less multiplication (PCLMULQDQ) on x86-64: the buffer is
-// folded 64 bytes a step and reduced to the 32-bit register at the end.
+// CRC-32 by carry-less multiplication on x86-64: the buffer is folded 64
+// bytes a step (PCLMULQDQ), or 256 bytes a step in 512-bit registers where
+// the processor has VPCLMULQDQ and AVX-512 (chosen at run time), and reduced
+// to the 32-bit register at the end.
 #pragma once
 
 #include <cstddef>
@@ -17,5 +19,7 @@ uint32_t foldCrcRegister(uint32_t reg, const uint8_t *data, std::size_t length) 
 
 inline constexpr std::size_t kClmulMinimum = 64;
 inline constexpr std::size_t kClmulGranule = 16;
+// From this length on the 512-bit registers take over where they can.
+inline constexpr std::size_t kWideMinimum = 256;
 
 }  // namespace zksupt::digest

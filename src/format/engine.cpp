@@ -78,10 +78,21 @@ bool convert(Output &out, Directive &d, char c, Arguments &args) noexcept
     }
 }
 
+// The end of the literal text at p: its next '%' or its terminator. Most
+// runs between directives are a few bytes, where a scan in place costs less
+// than a call; longer ones go on with strchrnul.
+inline const char *literalEnd(const char *p) noexcept
+{
+    for (int i = 0; i < 16; ++i, ++p)
+        if (*p == '%' || *p == '\0')
+            return p;
+    return strchrnul(p, '%');
+}
+
 void formatInto(Output &out, const char *p, Arguments &args) noexcept
 {
     for (;;) {
-        const char *percent = strchrnul(p, '%');
+        const char *percent = literalEnd(p);
         out.put(p, static_cast<uint64_t>(percent - p));
         if (*percent == '\0')
             return;

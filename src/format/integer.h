@@ -15,6 +15,7 @@ enum class Radix { octal, decimal, lowerHex, upperHex };
 // zero padding; value 0 with precision 0 prints no digits. The alternate form
 // of octal starts the digits with '0'. Decimal values are 32-bit; the others
 // may be as wide as a pointer.
-void printInteger(Output &out, Directive d, uintptr_t magnitude, Radix radix, char sign, char hexPrefix) noexcept;
+void printInteger(Output &out, const Directive &d, uintptr_t magnitude, Radix radix, char sign,
+                  char hexPrefix) noexcept;
 
 }  // namespace zksupt::format

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "frame/short_copy.h"
+
 namespace zksupt::format {
 
 class Output {
@@ -21,11 +23,25 @@ class Output {
     {
         const uint32_t n = take(length);
         if (dst_ != nullptr && n != 0)
-            std::memcpy(dst_ + stored_, text, n);
+            frame::copyShort(dst_ + stored_, text, n);
         stored_ += n;
     }
 
     void put(char c) noexcept { put(&c, 1); }
+
+    // Room for exactly length bytes, counted as stored, when all of them fit
+    // in the caller's buffer: the caller must then write every one of them.
+    // Null, and nothing counted, when dst is null or they do not fit.
+    char *reserve(uint64_t length) noexcept
+    {
+        if (dst_ == nullptr || length > left_)
+            return nullptr;
+        char *at = dst_ + stored_;
+        produced_ += length;
+        left_ -= static_cast<uint32_t>(length);
+        stored_ += static_cast<uint32_t>(length);
+        return at;
+    }
 
     // count copies of c; nothing when count is 0 or negative. The work is
     // bounded by the room left, not by count.
@@ -34,8 +50,12 @@ class Output {
         if (count <= 0)
             return;
         const uint32_t n = take(static_cast<uint64_t>(count));
-        if (dst_ != nullptr && n != 0)
-            std::memset(dst_ + stored_, c, n);
+        if (dst_ != nullptr && n != 0) {
+            if (n <= 16 && (c == ' ' || c == '0'))
+                frame::copyShort(dst_ + stored_, c == ' ' ? kBlanks : kZeros, n);
+            else
+                std::memset(dst_ + stored_, c, n);
+        }
         stored_ += n;
     }
 
@@ -53,6 +73,9 @@ class Output {
     }
 
   private:
+    static constexpr char kBlanks[17] = "                ";
+    static constexpr char kZeros[17] = "0000000000000000";
+
     // Counts length bytes and returns how many of them fit.
     uint32_t take(uint64_t length) noexcept
     {

@@ -17,6 +17,8 @@
 
 #include <zksupt/status.h>
 
+#include "frame/short_copy.h"
+
 namespace zksupt::frame {
 
 // What a null buffer means.
@@ -62,8 +64,8 @@ inline int32_t copyOutBytes(void *dst, uint32_t *size, const void *src, uint32_t
                             NullBuffer rule = NullBuffer::noRoom) noexcept
 {
     const int32_t status = reserveOut(dst, size, needed, rule);
-    if (status == SM_STATUS_SUCCESS && dst != nullptr && needed != 0)
-        std::memcpy(dst, src, needed);
+    if (status == SM_STATUS_SUCCESS && dst != nullptr)
+        copyShort(dst, src, needed);
     return status;
 }
 

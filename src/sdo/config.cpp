@@ -22,11 +22,32 @@ int32_t compareId(void *key, void *data)
     return (id > other) - (id < other);
 }
 
-void releaseEntry(void *, void *data)
+// A record or a node, unless it lies in the object's bulk block.
+void freeUnlessBulk(const SDOConfig *config, void *block) noexcept
+{
+    if (config->bulk == nullptr || !config->bulk->holds(block))
+        std::free(block);
+}
+
+// The tree's release callbacks, with the object as context.
+void releaseEntry(void *config, void *data)
 {
     auto *entry = static_cast<Entry *>(data);
     releaseChildren(*entry);
-    std::free(entry);
+    freeUnlessBulk(static_cast<SDOConfig *>(config), entry);
+}
+
+void releaseNode(void *config, RedBlackTreeNode *node)
+{
+    freeUnlessBulk(static_cast<SDOConfig *>(config), node);
+}
+
+// Every entry with its nested objects, and the bulk block.
+void clearEntries(SDOConfig *config) noexcept
+{
+    containers::deleteTree(&config->tree, config, &releaseEntry, &releaseNode);
+    std::free(config->bulk);
+    config->bulk = nullptr;
 }
 
 Entry *findEntry(const SDOConfig *config, uint16_t id) noexcept
@@ -169,7 +190,7 @@ void freeConfig(SDOConfig *config) noexcept
 {
     if (config == nullptr)
         return;
-    containers::deleteTree(&config->tree, nullptr, &releaseEntry);
+    clearEntries(config);
     std::free(config);
 }
 
@@ -198,7 +219,9 @@ int32_t addData(SDOConfig *config, uint16_t id, uint8_t type, const void *value,
     if (config->binarySize + cost > kLargestBlock)
         return SM_STATUS_LIMIT_REACHED;
 
-    frame::Owned<Entry> entry(static_cast<Entry *>(std::calloc(1, sizeof(Entry) + input.size())));
+    // At least four value bytes, zeros past the value: an inline value is
+    // written out as one word with its padding.
+    frame::Owned<Entry> entry(static_cast<Entry *>(std::calloc(1, sizeof(Entry) + std::max(input.size(), kInlineMax))));
     if (entry == nullptr)
         return SM_STATUS_NO_MEMORY;
     *entry = Entry{input.size(), id, input.type(), 0};
@@ -211,7 +234,7 @@ int32_t addData(SDOConfig *config, uint16_t id, uint8_t type, const void *value,
             input.handOver();
             adjustBinarySize(config, cost, costOf(*old));
             releaseChildren(*old, fresh);
-            std::free(old);
+            freeUnlessBulk(config, old);
             return SM_STATUS_SUCCESS;
         }
     }
@@ -264,7 +287,7 @@ int32_t removeData(SDOConfig *config, uint16_t id, uint32_t index, int32_t remov
     if (config == nullptr)
         return SM_STATUS_INVALID_PARAMETER;
     if (removeAll != 0) {
-        containers::deleteTree(&config->tree, nullptr, &releaseEntry);
+        clearEntries(config);
         config->count = 0;
         config->binarySize = kHeaderSize;
         return SM_STATUS_SUCCESS;
@@ -278,12 +301,13 @@ int32_t removeData(SDOConfig *config, uint16_t id, uint32_t index, int32_t remov
         id = entry->id;
     }
     void *removed = nullptr;
-    const int32_t status = containers::deleteData(&config->tree, &id, &compareId, &removed);
-    if (status != SM_STATUS_SUCCESS)
-        return status;
+    RedBlackTreeNode *left = containers::detachData(&config->tree, &id, &compareId, &removed);
+    if (left == nullptr)
+        return SM_STATUS_NOT_FOUND;
     --config->count;
     adjustBinarySize(config, 0, costOf(*static_cast<const Entry *>(removed)));
-    releaseEntry(nullptr, removed);
+    releaseEntry(config, removed);
+    releaseNode(config, left);
     return SM_STATUS_SUCCESS;
 }
 

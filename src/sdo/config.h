@@ -6,21 +6,42 @@
 #include <zksupt/containers.h>
 #include <zksupt/sdo.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
-#include <type_traits>
 
 #include "containers/tree.h"
+#include "sdo/layout.h"
+
+namespace zksupt::sdo {
+struct Bulk;
+}
 
 // The handle type of the public header, hence outside the namespace.
 struct SDOConfig {
     RedBlackTree tree;
     uint32_t count;
     uint32_t binarySize;
+    // The tree nodes and entry records of an object read from its binary
+    // form, made in one block; null for an object built entry by entry.
+    zksupt::sdo::Bulk *bulk;
 };
 
 namespace zksupt::sdo {
+
+// The header of that block, followed by the nodes, then the records. Nodes
+// and records added later are blocks of their own; those inside this one
+// stay until the object is emptied or freed, and go with it.
+struct alignas(8) Bulk {
+    std::size_t size;  // of the whole block, this header included
+
+    bool holds(const void *p) const noexcept
+    {
+        const auto at = reinterpret_cast<uintptr_t>(p), start = reinterpret_cast<uintptr_t>(this);
+        return at >= start && at - start < size;
+    }
+};
 
 inline constexpr uint32_t kMaxEntries = 65535;
 inline constexpr uint32_t kHandleSize = sizeof(SDOConfig *);
@@ -85,15 +106,19 @@ const Entry *entryAtIndex(const SDOConfig *config, uint32_t index) noexcept;
 // Visits the entries in ascending ID order until visit returns false.
 template <class Visit> void forEachEntry(const SDOConfig *config, Visit &&visit)
 {
-    using V = std::remove_reference_t<Visit>;
-    struct Walk {
-        static int32_t step(void *context, void *data)
-        {
-            return (*static_cast<V *>(context))(*static_cast<const Entry *>(data)) ? 1 : 0;
-        }
-    };
-    containers::walkTree(config->tree, &visit, &Walk::step, containers::kAscending);
+    containers::InOrder entries(config->tree);
+    while (void *data = entries.next())
+        if (!visit(*static_cast<const Entry *>(data)))
+            return;
 }
+
+// bulk.cpp. The object of a binary object block whose slots are in strictly
+// ascending ID order, built at once: every entry checked as adding it would
+// check it, then all records and nodes in one block, linked without a
+// comparison. Null wherever adding the entries one by one would fail.
+SDOConfig *readSortedObject(const Block &block) noexcept;
+// Whether the block's slots are in strictly ascending ID order.
+bool idsAscend(const Block &block) noexcept;
 
 // Clone and compare through the binary form (copy.cpp).
 SDOConfig *cloneConfig(const SDOConfig *config) noexcept;

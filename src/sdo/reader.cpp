@@ -18,6 +18,10 @@ SDOConfig *readObject(const Block &block) noexcept
     const uint32_t slots = slotCount(block);
     if (block.kind != Kind::object || slots != block.count)
         return nullptr;
+    if (idsAscend(block))
+        return readSortedObject(block);
+    // Slots out of order (no writer of the library makes them) go the long
+    // way, entry by entry, whose refusals then decide.
     ConfigPtr config(allocConfig());
     for (uint32_t i = 0; config != nullptr && i < slots; ++i) {
         const Slot slot = slotAt(block, i);

@@ -4,8 +4,11 @@
 #include <zksupt/status.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
+#include "frame/short_copy.h"
+#include "frame/unaligned.h"
 #include "sdo/binary.h"
 #include "sdo/config.h"
 
@@ -27,47 +30,68 @@ class Writer {
     bool add(const Entry &entry) noexcept
     {
         uint8_t *slot = out_ + slot_;
-        std::memset(slot, 0, kSlotSize);
-        frame::storeAs<uint16_t>(slot, entry.id);
-        slot[2] = entry.type;
-        if (baseOf(entry.type) == kBaseNested) {
-            const uint64_t payload = payloadOf(entry.type, entry.data(), entry.dataSize);
-            if (payload > capacity_ - end_ || !writeNested(entry, static_cast<uint32_t>(payload)))
-                return false;
-            slot[2] = static_cast<uint8_t>((entry.type & 0xF0) | kBaseBlock);
-            placeOutOfLine(slot, static_cast<uint32_t>(payload));
-        } else if (entry.dataSize <= kInlineMax) {
-            std::memcpy(slot + 4, entry.data(), entry.dataSize);
-            slot[3] = static_cast<uint8_t>(entry.dataSize - 1);
-        } else {
+        slot_ += kSlotSize;
+        if (baseOf(entry.type) != kBaseNested) {
+            if (entry.dataSize <= kInlineMax) {
+                // Records keep four value bytes, zeros after a shorter
+                // value: the slot's padding comes with them.
+                const auto flags = static_cast<uint8_t>(entry.dataSize - 1);
+                frame::storeAs(slot, slotWord(entry.id, entry.type, flags, frame::loadAs<uint32_t>(entry.data())));
+                return true;
+            }
             if (entry.dataSize > capacity_ - end_)
                 return false;
-            std::memcpy(out_ + end_, entry.data(), entry.dataSize);
-            placeOutOfLine(slot, entry.dataSize);
+            frame::copyShort(out_ + end_, entry.data(), entry.dataSize);
+            placeOutOfLine(slot, entry.id, entry.type, entry.dataSize);
+            return true;
         }
-        slot_ += kSlotSize;
+        const uint64_t payload = payloadOf(entry.type, entry.data(), entry.dataSize);
+        if (payload > capacity_ - end_ || !writeNested(entry, out_ + end_, static_cast<uint32_t>(payload)))
+            return false;
+        placeOutOfLine(slot, entry.id, static_cast<uint8_t>((entry.type & 0xF0) | kBaseBlock),
+                       static_cast<uint32_t>(payload));
         return true;
     }
 
   private:
     // The child or the array of children, at the end of the data area. A
-    // child whose own recorded size is stale fails here.
-    bool writeNested(const Entry &entry, uint32_t payload) noexcept
+    // child whose own recorded size is stale fails here. Static, so that the
+    // writer never leaves registers for it.
+    static bool writeNested(const Entry &entry, uint8_t *at, uint32_t payload) noexcept
     {
         uint32_t size = payload;
         const int32_t status = (entry.type & kArrayFlag) != 0
                                    ? configsToBinaryArray(reinterpret_cast<SDOConfig *const *>(entry.data()),
-                                                          entry.dataSize / kHandleSize, out_ + end_, &size)
-                                   : toBinary(handleAt(entry.data(), 0), out_ + end_, &size);
+                                                          entry.dataSize / kHandleSize, at, &size)
+                                   : toBinary(handleAt(entry.data(), 0), at, &size);
         return status == SM_STATUS_SUCCESS && size == payload;
     }
 
-    void placeOutOfLine(uint8_t *slot, uint32_t length) noexcept
+    // The slot points at the value appended at the end of the data area.
+    void placeOutOfLine(uint8_t *slot, uint16_t id, uint8_t type, uint32_t length) noexcept
     {
-        frame::storeAs<uint16_t>(slot + 4, static_cast<uint16_t>(length));
-        frame::storeAs<uint16_t>(slot + 6, static_cast<uint16_t>(end_ - slot_));
-        slot[3] = kOutOfLine;
+        const auto offset = static_cast<uint16_t>(end_ - static_cast<uint32_t>(slot - out_));
+        frame::storeAs(slot, slotWord(id, type, kOutOfLine, pairWord(static_cast<uint16_t>(length), offset)));
         end_ += length;
+    }
+
+    // A slot as one word in host order: ID, type byte, storage flags, then
+    // the four bytes that follow them in memory.
+    static uint64_t slotWord(uint16_t id, uint8_t type, uint8_t flags, uint32_t tail) noexcept
+    {
+        if constexpr (std::endian::native == std::endian::little)
+            return id | uint64_t{type} << 16 | uint64_t{flags} << 24 | uint64_t{tail} << 32;
+        else
+            return uint64_t{id} << 48 | uint64_t{type} << 40 | uint64_t{flags} << 32 | tail;
+    }
+
+    // Two 16-bit fields, first then second in memory.
+    static uint32_t pairWord(uint16_t first, uint16_t second) noexcept
+    {
+        if constexpr (std::endian::native == std::endian::little)
+            return first | uint32_t{second} << 16;
+        else
+            return uint32_t{first} << 16 | second;
     }
 
     uint8_t *out_;
@@ -93,7 +117,13 @@ int32_t toBinary(const SDOConfig *config, void *buffer, uint32_t *size) noexcept
         return SM_STATUS_FAILURE;
     }
     bool complete = true;
-    forEachEntry(config, [&](const Entry &entry) { return complete = writer.add(entry); });
+    containers::InOrder entries(config->tree);
+    while (complete) {
+        const void *data = entries.next();
+        if (data == nullptr)
+            break;
+        complete = writer.add(*static_cast<const Entry *>(data));
+    }
     *size = writer.written();
     return complete && writer.written() == config->binarySize ? SM_STATUS_SUCCESS : SM_STATUS_FAILURE;
 }

@@ -12,6 +12,7 @@
 
 #include <zksupt/zksupt.h>
 
+#include "containers/tree.h"
 #include "containers/typed_tree.h"
 
 namespace {
@@ -78,6 +79,72 @@ TEST(RedBlackTree, RandomInsertsReplacesAndDeletesKeepTheInvariants)
         ASSERT_EQ(data, expected) << "in-order data after step " << step;
     }
     SMRedBlackTreeDelete(&tree, nullptr, nullptr);
+}
+
+// A tree linked at once from sorted data, in storage of the caller's, at
+// every size up to a few full levels: the red-black rules hold, the order
+// is the data's, and inserts and detaches keep the rules. Nodes from the
+// caller's storage come back through detachData and deleteTree, never freed.
+TEST(RedBlackTree, LinkedAtOnceFromSortedDataTakesInsertsAndDetaches)
+{
+    namespace ct = zksupt::containers;
+    std::vector<int> values(600);
+    std::iota(values.begin(), values.end(), 0);
+    for (uint32_t count = 0; count <= 130; count += count < 70 ? 1 : 29) {
+        std::vector<RedBlackTreeNode> nodes(count);
+        std::vector<void *> sorted;
+        for (uint32_t i = 0; i < count; ++i)
+            sorted.push_back(nodes[i].data = &values[2 * i]);  // even values, so that odd ones go between
+        const auto ours = [&](RedBlackTreeNode *node) { return node >= nodes.data() && node < nodes.data() + count; };
+        RedBlackTree tree = ct::linkSorted(nodes.data(), count);
+        std::vector<void *> data, visited;
+        ASSERT_GT(checkNodes(tree, nullptr, data), 0) << count << " nodes";
+        ASSERT_EQ(data, sorted);
+        for (ct::InOrder each(tree); void *value = each.next();)
+            visited.push_back(value);
+        ASSERT_EQ(visited, sorted);
+
+        std::map<int, void *> model;
+        for (void *value : sorted)
+            model.emplace(valueOf(value), value);
+        std::mt19937 random(count);
+        for (int step = 0; step < 40; ++step) {
+            int key = static_cast<int>(random() % (2 * count + 2));
+            const bool present = model.count(key) != 0;
+            void *removed = nullptr;
+            if (random() % 2 == 0) {
+                ASSERT_EQ(SMRedBlackTreeDataInsert(&tree, &values[key], &key, compareInts),
+                          present ? SM_STATUS_DUPLICATE : SM_STATUS_SUCCESS);
+                model.emplace(key, &values[key]);
+            } else {
+                RedBlackTreeNode *left = ct::detachData(&tree, &key, compareInts, &removed);
+                ASSERT_EQ(left != nullptr, present);
+                ASSERT_EQ(removed, present ? &values[key] : nullptr);
+                if (left != nullptr && !ours(left))
+                    std::free(left);
+                model.erase(key);
+            }
+            data.clear();
+            ASSERT_GT(checkNodes(tree, nullptr, data), 0) << count << " nodes, step " << step;
+            ASSERT_EQ(data.size(), model.size());
+        }
+        struct Released {
+            std::size_t data = 0, ourNodes = 0;
+            decltype(ours) isOurs;
+        } released{0, 0, ours};
+        ct::deleteTree(
+            &tree, &released, [](void *context, void *) { ++static_cast<Released *>(context)->data; },
+            [](void *context, RedBlackTreeNode *node) {
+                auto &r = *static_cast<Released *>(context);
+                if (r.isOurs(node))
+                    ++r.ourNodes;
+                else
+                    std::free(node);
+            });
+        EXPECT_EQ(released.data, data.size());
+        EXPECT_LE(released.ourNodes, std::size_t{count});
+        EXPECT_EQ(tree, nullptr);
+    }
 }
 
 // Walk and release callbacks record the values they see and stop at stopAt.

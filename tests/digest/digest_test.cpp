@@ -24,7 +24,7 @@ using Bytes = std::vector<uint8_t>;
 // Reproducible random bytes for the tests to take slices of.
 const Bytes kRandom = [] {
     std::mt19937 random(1);
-    Bytes bytes(4000);
+    Bytes bytes(8000);
     for (auto &byte : bytes)
         byte = static_cast<uint8_t>(random());
     return bytes;
@@ -66,6 +66,24 @@ TEST(Crc32, CheckValueNoCaseStringsAndBothPathsAgainstTheReference)
             const std::size_t split = length / 4;
             ASSERT_EQ(crc32Update(crc32Update(0, start, split), start + split, length - split), expected);
         }
+}
+
+// Long buffers at random lengths, alignments and splits, on whichever path
+// the processor takes (wide registers from 256 bytes on where it has them),
+// against the sliced tables.
+TEST(Crc32, LongBuffersAgreeWithTheTables)
+{
+    std::mt19937 random(32);
+    for (int round = 0; round < 2000; ++round) {
+        const std::size_t offset = random() % 64;
+        const std::size_t length = random() % (kRandom.size() - offset);
+        const std::size_t split = random() % (length + 1);
+        const uint8_t *start = kRandom.data() + offset;
+        const uint32_t expected = crc32UpdatePortable(0, start, length);
+        ASSERT_EQ(crc32Update(0, start, length), expected) << offset << "+" << length;
+        ASSERT_EQ(crc32Update(crc32Update(0, start, split), start + split, length - split), expected)
+            << offset << "+" << split << "+" << length - split;
+    }
 }
 
 TEST(GenerateCrc32, TestsTheWholeByteAndCountsBytesPastTheLengthAsZeros)
@@ -148,6 +166,62 @@ TEST(Base64, DecodingByGroupsOfFour)
     };
     for (const auto &[text, bytes] : rows)
         expectDecodes(text, bytes);
+}
+
+// The group rules one character at a time, for the table and vector paths to
+// be held against.
+std::string referenceEncode(const uint8_t *src, uint32_t length, const char *digits)
+{
+    std::string text;
+    for (int64_t left = length; left > 0; left -= 3, src += 3) {
+        const uint8_t b0 = src[0], b1 = src[1], b2 = left != 1 ? src[2] : 0;
+        text += digits[b0 >> 2];
+        text += digits[(b1 >> 4) | ((b0 << 4) & 0x30)];
+        text += left == 1 ? '=' : digits[(b2 >> 6) | ((b1 << 2) & 0x3C)];
+        text += left <= 2 ? '=' : digits[b2 & 0x3F];
+    }
+    return text;
+}
+
+constexpr char kStandardAlphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+Bytes referenceDecode(const std::string &text)
+{
+    const std::string_view alphabet = kStandardAlphabet;
+    auto sextet = [&](char c) { return static_cast<unsigned>(std::min(alphabet.find(c), std::size_t{0xFF})); };
+    Bytes bytes;
+    for (std::size_t at = 0; at + 4 <= text.size(); at += 4) {
+        const char *c = text.data() + at;
+        if (c[0] == '=' || c[1] == '=')
+            continue;
+        bytes.push_back(static_cast<uint8_t>((sextet(c[0]) << 2) | ((sextet(c[1]) >> 4) & 3)));
+        if (c[2] != '=')
+            bytes.push_back(static_cast<uint8_t>((sextet(c[1]) << 4) | ((sextet(c[2]) >> 2) & 0x0F)));
+        if (c[2] != '=' && c[3] != '=')
+            bytes.push_back(static_cast<uint8_t>((sextet(c[2]) << 6) | sextet(c[3])));
+    }
+    return bytes;
+}
+
+// Random lengths and alignments, long enough for whole vector blocks and a
+// caller's alphabet with a table of its own; text with padding, characters
+// outside the alphabet and bytes above 127 scattered through some blocks.
+TEST(Base64, EveryPathAgreesWithTheGroupRules)
+{
+    std::mt19937 random(64);
+    const char *urlSafe = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_";
+    for (int round = 0; round < 400; ++round) {
+        const auto length = static_cast<uint32_t>(round < 300 ? random() % 600 : 3000 + random() % 1200);
+        const uint8_t *src = kRandom.data() + random() % 64;
+        ASSERT_EQ(encode(src, length), referenceEncode(src, length, kStandardAlphabet)) << length;
+        ASSERT_EQ(encode(src, length, urlSafe), referenceEncode(src, length, urlSafe)) << length;
+
+        std::string text = referenceEncode(src, length, kStandardAlphabet);
+        for (int special = static_cast<int>(random() % 6); special > 0 && !text.empty(); --special)
+            text[random() % text.size()] = "=\n*\xC3\x80"[random() % 5];
+        text.resize(text.size() - random() % std::min<std::size_t>(text.size() + 1, 4));
+        expectDecodes(text, referenceDecode(text));
+    }
 }
 
 Bytes bytesOf(const void *data, std::size_t size)

@@ -106,6 +106,29 @@ TEST(AgainstGlibc, IntegerCharacterAndStringDirectives)
     }
 }
 
+// Each count of digits in each base: the values on both sides of every power
+// of ten and of two, in fields wider and narrower than their digits, whole
+// and cut short by the buffer at every size.
+TEST(AgainstGlibc, EveryDigitCountInEveryBase)
+{
+    std::vector<uint32_t> values = {0, 1, UINT32_MAX};
+    for (uint64_t power = 10; power <= UINT32_MAX; power *= 10)
+        values.insert(values.end(), {uint32_t(power - 1), uint32_t(power)});
+    for (int bit = 1; bit < 32; ++bit)
+        values.insert(values.end(), {(1u << bit) - 1, 1u << bit});
+    for (const char *format : {"%u", "%d", "[%12u]", "[%-12d]", "[% 011d]", "%x", "[%#010x]", "%#o", "%.12o", "%X"}) {
+        for (uint32_t value : values) {
+            const std::string whole = print(false, format, value);
+            ASSERT_EQ(print(true, format, value), whole) << format << " of " << value;
+            for (uint32_t size = 1; size <= whole.size(); ++size) {
+                char out[64];
+                ASSERT_EQ(SMsnprintf(out, size, format, value), static_cast<int32_t>(size - 1));
+                ASSERT_EQ(std::string(out), whole.substr(0, size - 1)) << format << " of " << value;
+            }
+        }
+    }
+}
+
 // Finite doubles: random bit patterns (every binary exponent, subnormals
 // included), and small binary fractions, which hit exact decimal ties.
 double randomDouble(std::mt19937 &random)
