@@ -1,5 +1,6 @@
 #include "common.h"
 
+#include <zksupt/config.h>
 #include <zksupt/status.h>
 
 #include <cctype>
@@ -37,6 +38,29 @@ int valueTypeCode(const std::string &name)
     char *end = nullptr;
     long code = std::strtol(name.c_str(), &end, 0);
     return (!name.empty() && *end == '\0' && code >= 0 && code <= 16) ? static_cast<int>(code) : -1;
+}
+
+int32_t readGrowing(std::string &out, std::size_t first, const std::function<int32_t(char *, uint32_t *)> &read)
+{
+    out.assign(first, '\0');
+    for (;;) {
+        auto size = static_cast<uint32_t>(out.size());
+        const int32_t status = read(out.data(), &size);
+        if (status == SM_STATUS_BUFFER_TOO_SMALL && size > out.size()) {
+            out.assign(size, '\0');
+            continue;
+        }
+        if (status == SM_STATUS_SUCCESS)
+            out.resize(size);
+        return status;
+    }
+}
+
+int32_t readIniText(const char *section, const char *key, const std::string &path, std::string &out)
+{
+    return readGrowing(out, 8193, [&](char *buffer, uint32_t *size) {
+        return SMReadINIPathFileValue(section, key, 1, buffer, size, nullptr, 0, path.c_str(), kWaitForLock);
+    });
 }
 
 int fail(const std::string &what, int32_t status, int exitCode)

@@ -6,7 +6,9 @@
 
 #include <zksupt/status.h>
 
+#include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -31,6 +33,17 @@ int fail(const std::string &what, int32_t status, int exitCode);
 
 // The exit code a library status means for a command that reads or writes something.
 int exitCodeFor(int32_t status);
+
+// Every read and write waits for the file's lock.
+constexpr int16_t kWaitForLock = 1;
+
+// Calls read(buffer, &size) with a buffer of `first` bytes, and again with
+// the size the library asks for while it answers BUFFER_TOO_SMALL with a
+// larger need; on success out holds the *size bytes the call reported.
+int32_t readGrowing(std::string &out, std::size_t first, const std::function<int32_t(char *, uint32_t *)> &read);
+// A text value, or the NUL-separated list of a null key or section, of an
+// INI file, read under the library's file lock.
+int32_t readIniText(const char *section, const char *key, const std::string &path, std::string &out);
 
 // Reads a whole file, or standard input for "-"; 0 or the exit code after reporting.
 int readInput(const std::string &name, std::string &bytes);

@@ -17,8 +17,6 @@
 namespace zktool {
 namespace {
 
-constexpr int16_t kWaitForLock = 1;
-
 // The INI engine's value types, by the names the tool takes.
 struct IniType {
     const char *name;
@@ -35,24 +33,6 @@ const IniType *iniType(const std::string &name)
             return &type;
     }
     return nullptr;
-}
-
-// Reads a text value or a list, growing the buffer while the engine asks for more.
-int32_t readText(const char *section, const char *key, const std::string &path, std::string &out)
-{
-    out.assign(8193, '\0');
-    for (;;) {
-        auto size = static_cast<uint32_t>(out.size());
-        int32_t status =
-            SMReadINIPathFileValue(section, key, 1, out.data(), &size, nullptr, 0, path.c_str(), kWaitForLock);
-        if (status == SM_STATUS_BUFFER_TOO_SMALL && size > out.size()) {
-            out.assign(size, '\0');
-            continue;
-        }
-        if (status == 0)
-            out.resize(size);
-        return status;
-    }
 }
 
 // A NUL-separated list, ending in one more NUL, as separate names.
@@ -198,7 +178,7 @@ int getValue(const IniOptions &o)
         return fail("unknown type \"" + o.type + "\"", SM_STATUS_INVALID_PARAMETER, kExitUsage);
     if (type->code == 1) {
         std::string text;
-        if (int32_t status = readText(o.section.c_str(), o.key.c_str(), o.file, text))
+        if (int32_t status = readIniText(o.section.c_str(), o.key.c_str(), o.file, text))
             return fail(where(o), status, exitCodeFor(status));
         std::cout << text.c_str() << "\n";
         return kExitOk;
@@ -231,7 +211,7 @@ int deleteValue(const IniOptions &o)
 {
     // Deleting something absent is not an error to the engine; say so here.
     std::string ignored;
-    if (int32_t status = readText(o.section.c_str(), o.key.empty() ? nullptr : o.key.c_str(), o.file, ignored))
+    if (int32_t status = readIniText(o.section.c_str(), o.key.empty() ? nullptr : o.key.c_str(), o.file, ignored))
         return fail(where(o), status, exitCodeFor(status));
     int32_t status = SMWriteINIPathFileValue(o.section.c_str(), o.key.empty() ? nullptr : o.key.c_str(), 1, nullptr, 0,
                                              o.file.c_str(), kWaitForLock);
@@ -242,7 +222,7 @@ int listNames(const IniOptions &o)
 {
     const char *section = o.section.empty() ? nullptr : o.section.c_str();
     std::string list;
-    if (int32_t status = readText(section, nullptr, o.file, list))
+    if (int32_t status = readIniText(section, nullptr, o.file, list))
         return fail(where(o), status, exitCodeFor(status));
     for (const std::string &name : splitList(list)) {
         if (!section) {
@@ -250,7 +230,7 @@ int listNames(const IniOptions &o)
             continue;
         }
         std::string text;
-        readText(section, name.c_str(), o.file, text);
+        readIniText(section, name.c_str(), o.file, text);
         std::cout << name << "=" << text.c_str() << "\n";
     }
     return kExitOk;

@@ -19,7 +19,6 @@
 namespace zktool {
 namespace {
 
-constexpr int16_t kWaitForLock = 1;
 const char *const kNameSection = "Unique String Name Key Section";
 const char *const kSetSection = "Semaphore List";
 // The var-data directories the library looks in, in its order: keellib's, then fenx's.
@@ -42,29 +41,12 @@ int32_t keyFilePath(std::string &path)
     return status;
 }
 
-int32_t readText(const char *section, const char *key, const std::string &path, std::string &out)
-{
-    out.assign(8193, '\0');
-    for (;;) {
-        auto size = static_cast<uint32_t>(out.size());
-        int32_t status =
-            SMReadINIPathFileValue(section, key, 1, out.data(), &size, nullptr, 0, path.c_str(), kWaitForLock);
-        if (status == SM_STATUS_BUFFER_TOO_SMALL && size > out.size()) {
-            out.assign(size, '\0');
-            continue;
-        }
-        if (status == 0)
-            out.resize(size);
-        return status;
-    }
-}
-
 // The keys of a section; an absent file or section holds none.
 std::vector<std::string> keysOf(const char *section, const std::string &path, int32_t &status)
 {
     std::vector<std::string> keys;
     std::string list;
-    status = readText(section, nullptr, path, list);
+    status = readIniText(section, nullptr, path, list);
     if (status == SM_STATUS_FILE_OPEN_FAILED || status == SM_STATUS_SECTION_NOT_FOUND ||
         status == SM_STATUS_KEY_NOT_FOUND)
         status = 0;
@@ -79,7 +61,7 @@ std::vector<std::string> keysOf(const char *section, const std::string &path, in
 std::string valueOf(const char *section, const std::string &key, const std::string &path)
 {
     std::string text;
-    return readText(section, key.c_str(), path, text) == 0 ? std::string(text.c_str()) : std::string();
+    return readIniText(section, key.c_str(), path, text) == 0 ? std::string(text.c_str()) : std::string();
 }
 
 bool processAlive(unsigned long long pid)

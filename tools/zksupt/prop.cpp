@@ -11,7 +11,6 @@
 namespace zktool {
 namespace {
 
-constexpr int16_t kWaitForLock = 1;
 constexpr uint32_t kText = 13;
 
 struct PropOptions {
@@ -21,21 +20,12 @@ struct PropOptions {
     std::string type = "utf8";
 };
 
-// Reads a key's value (or, with a null key and type 13, the list of keys), growing the buffer as needed.
+// Reads a key's value (or, with a null key and type 13, the list of keys).
 int32_t readValue(const char *key, uint32_t type, const std::string &path, std::string &out)
 {
-    out.assign(8192, '\0');
-    for (;;) {
-        auto size = static_cast<uint32_t>(out.size());
-        int32_t status = SMPropertyFileReadValue(key, type, out.data(), &size, nullptr, 0, path.c_str(), kWaitForLock);
-        if (status == SM_STATUS_BUFFER_TOO_SMALL && size > out.size()) {
-            out.assign(size, '\0');
-            continue;
-        }
-        if (status == 0)
-            out.resize(size);
-        return status;
-    }
+    return readGrowing(out, 8192, [&](char *buffer, uint32_t *size) {
+        return SMPropertyFileReadValue(key, type, buffer, size, nullptr, 0, path.c_str(), kWaitForLock);
+    });
 }
 
 int getValue(const PropOptions &o)
