@@ -1,7 +1,9 @@
-// Main of every test program: makes the sandbox installation, attaches the
-// library inside it as the loader would, runs the tests, then detaches and
-// removes the sandbox.
+// Main of every test program: takes an IPC namespace of its own, makes the
+// sandbox installation, attaches the library inside it as the loader would,
+// runs the tests, then detaches and removes the sandbox.
 #include <gtest/gtest.h>
+
+#include <sched.h>
 
 #include <memory>
 
@@ -38,6 +40,11 @@ Sandbox &sandbox()
 
 int main(int argc, char **argv)
 {
+    // CTest runs programs side by side, and every start of the library removes
+    // the semaphore sets of dead processes: in a shared namespace one program
+    // would take another's sets. Where the kernel refuses (no privilege), the
+    // runner's namespace is shared as before.
+    static_cast<void>(::unshare(CLONE_NEWIPC));
     ::testing::InitGoogleTest(&argc, argv);
     ::testing::AddGlobalTestEnvironment(new zksupt::test::LibraryEnvironment);
     return RUN_ALL_TESTS();
