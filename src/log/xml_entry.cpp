@@ -15,11 +15,6 @@ namespace {
 constexpr uint32_t kEntryCapacity = 2048;
 constexpr uint32_t kComputerSize = 256;
 
-// Value-type codes of the entry's children.
-constexpr uint32_t kInt64Code = 4;
-constexpr uint32_t kUint16Code = 6;
-constexpr uint32_t kUint32Code = 7;
-
 struct Child {
     const char *name;
     const void *value;  // null: an empty element
@@ -56,11 +51,11 @@ int32_t buildEntry(const Event &event, XmlBuffer &entry) noexcept
     const SMXGValueOptions byteList{static_cast<uint16_t>(sdo::kFlagHex), 0};
     const void *data = event.dataLength != 0 ? event.data : nullptr;
     const Child children[] = {
-        {"TimeStamp", &timeStamp, sizeof timeStamp, kInt64Code, nullptr},
+        {"TimeStamp", &timeStamp, sizeof timeStamp, sdo::kTypeInt64, nullptr},
         {"DateTime", &dateTime, sizeof dateTime, sdo::kTypeTime, nullptr},
         {"ComputerName", computer, 0, sdo::kTypeUtf8, nullptr},
-        {"Type", &type, sizeof type, kUint16Code, nullptr},
-        {"ID", &id, sizeof id, kUint32Code, nullptr},
+        {"Type", &type, sizeof type, sdo::kTypeUint16, nullptr},
+        {"ID", &id, sizeof id, sdo::kTypeUint32, nullptr},
         {"Link", event.link, 0, sdo::kTypeUtf8, &escapedOnce},
         {"UserInfo", event.userInfo, 0, sdo::kTypeUtf8, nullptr},
         {"Source", event.source, 0, sdo::kTypeUtf8, nullptr},

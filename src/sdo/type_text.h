@@ -7,9 +7,12 @@
 
 namespace zksupt::sdo {
 
-// The value-type codes (bits 0-7 of the type word) whose handling differs.
+// The value-type codes (bits 0-7 of the type word) that code names.
 enum TypeCode : uint32_t {
     kTypeBoolean = 0,
+    kTypeInt64 = 4,
+    kTypeUint16 = 6,
+    kTypeUint32 = 7,
     kTypeTime = 11,
     kTypeBytes = 12,
     kTypeUtf8 = 13,
