@@ -2,9 +2,10 @@
 # Compares a built libzksupt.so with the ABI baseline abi/libzksupt.abi, or
 # with --update rewrites the baseline from it. Only the types of the public
 # headers count, so the baseline does not change with the internal code.
-# Any reported change fails, a compatible one (a new function) too: a new
-# function belongs under a new symbol version, and taking it in is a
-# deliberate update of the baseline (docs/abi.md).
+# Any reported change fails: abidiff calls only a removed function
+# incompatible, and reports a changed parameter type like a new function, as
+# a plain change. A new function belongs under a new symbol version, and
+# taking it in is a deliberate update of the baseline (docs/abi.md).
 # Usage: scripts/abi-check.sh [--update] LIBRARY
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
