@@ -1,8 +1,10 @@
 cmake_minimum_required(VERSION 3.25)
 # Checks the dynamic symbol table of the shared library: the defined symbols
 # are exactly the names the version script exports, and every one of those is
-# a name of the library's interface.
-# Inputs: NM, LIBRARY, EXPECTED_LIST and ABI_LIST (files, one name a line).
+# a name of the library's interface, each carrying the version VERSION as its
+# default version (the linker also defines the version's own name as an
+# absolute symbol; that one is not a function and is skipped).
+# Inputs: NM, LIBRARY, VERSION, EXPECTED_LIST and ABI_LIST (files, one name a line).
 execute_process(COMMAND ${NM} -D --defined-only ${LIBRARY}
   OUTPUT_VARIABLE table RESULT_VARIABLE rc)
 if(NOT rc EQUAL 0)
@@ -10,16 +12,22 @@ if(NOT rc EQUAL 0)
 endif()
 string(REPLACE "\n" ";" lines "${table}")
 set(defined "")
+set(problems "")
 foreach(line IN LISTS lines)
-  if(line MATCHES "^[0-9a-fA-F]* *[A-Za-z] ([^ @]+)")
+  if(line MATCHES "^[0-9a-fA-F]* *A ${VERSION}(@@${VERSION})?$")
+    continue()
+  endif()
+  if(line MATCHES "^[0-9a-fA-F]* *[A-Za-z] ([^ @]+)(@*)([^ ]*)")
     list(APPEND defined ${CMAKE_MATCH_1})
+    if(NOT CMAKE_MATCH_2 STREQUAL "@@" OR NOT CMAKE_MATCH_3 STREQUAL VERSION)
+      string(APPEND problems "  not of version ${VERSION}: ${CMAKE_MATCH_1}${CMAKE_MATCH_2}${CMAKE_MATCH_3}\n")
+    endif()
   endif()
 endforeach()
 list(SORT defined)
 
 file(STRINGS ${ABI_LIST} abi)
 file(STRINGS ${EXPECTED_LIST} EXPECTED)
-set(problems "")
 foreach(name IN LISTS defined)
   if(NOT name IN_LIST EXPECTED)
     string(APPEND problems "  exported but not listed: ${name}\n")
@@ -37,4 +45,4 @@ if(problems)
   message(FATAL_ERROR "dynamic symbol table of ${LIBRARY}:\n${problems}")
 endif()
 list(LENGTH defined count)
-message(STATUS "${count} exported functions, all of the interface")
+message(STATUS "${count} exported functions, all of the interface, all of version ${VERSION}")

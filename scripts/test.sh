@@ -5,6 +5,7 @@
 #   tsan      ThreadSanitizer
 #   ppc       32-bit big-endian PowerPC, tests run under qemu-ppc
 #   fuzz      libFuzzer targets (clang), each run for ZKSUPT_FUZZ_SECONDS (default 20)
+#   package   install + consumer test, ABI check, Debian packages (scripts/package-check.sh)
 # With no arguments all of them run; name builds to run only those. Every run
 # first checks that the sources follow .clang-format, and every build treats
 # warnings as errors.
@@ -16,7 +17,7 @@ echo "=== format check"
 git ls-files -z '*.c' '*.cpp' '*.h' | xargs -0 clang-format --dry-run --Werror
 
 builds=("$@")
-[ ${#builds[@]} -gt 0 ] || builds=(native sanitize tsan ppc fuzz)
+[ ${#builds[@]} -gt 0 ] || builds=(native sanitize tsan ppc fuzz package)
 jobs=$(nproc)
 
 # Tests run in a private System V IPC namespace where the machine allows it,
@@ -77,6 +78,11 @@ for build in "${builds[@]}"; do
     tsan) run tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZKSUPT_SANITIZE=thread ;;
     ppc) run ppc -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_TOOLCHAIN_FILE=cmake/powerpc-linux-gnu.cmake ;;
     fuzz) fuzz ;;
+    package)
+      start=$SECONDS
+      scripts/package-check.sh "$jobs"
+      timings+=("package: $((SECONDS - start)) s")
+      ;;
     *) echo "unknown build: $build" >&2; exit 2 ;;
   esac
 done

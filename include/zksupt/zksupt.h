@@ -2,6 +2,7 @@
 #ifndef ZKSUPT_ZKSUPT_H
 #define ZKSUPT_ZKSUPT_H
 
+#include <zksupt/version.h>
 #include <zksupt/types.h>
 #include <zksupt/status.h>
 #include <zksupt/frame.h>
