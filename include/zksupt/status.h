@@ -1,6 +1,9 @@
 /**
  * @file
  * Status codes returned by libzksupt: 0 is success, anything else names the failure.
+ *
+ * Each function's comment names the statuses it returns; the meanings below are the common ones. A few functions
+ * return a status beside the data they copied (a default value, a needed size): read their comments.
  */
 #ifndef ZKSUPT_STATUS_H
 #define ZKSUPT_STATUS_H
@@ -58,9 +61,10 @@
 /** A parsed value is below the range of its type. */
 #define SM_STATUS_VALUE_TOO_SMALL 0x123
 
-/** The name of a status as its constant spells it without the prefix
-   ("KEY_NOT_FOUND" for SM_STATUS_KEY_NOT_FOUND), or NULL for a value that is
-   no status of the library. Safe from any thread; the text is static. */
+/**
+ * The name of a status as its constant spells it without the prefix ("KEY_NOT_FOUND" for #SM_STATUS_KEY_NOT_FOUND),
+ * or NULL for a value that is no status of the library. Safe from any thread; the text is static (do not free it).
+ */
 static ZKSUPT_INLINE const char *zksupt_status_name(int32_t status)
 {
     switch (status) {
