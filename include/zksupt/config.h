@@ -60,14 +60,16 @@ ZKSUPT_API char *SMProductIDToSID(int32_t productID) ZKSUPT_NOEXCEPT;
  * with a null key the keys of the section: NUL-terminated names, one more NUL at the end.
  * @param value the buffer; *size its capacity in bytes on entry (at least the type's width), the bytes stored on
  * return.
- * @param defaultValue copied into value (cut to the capacity) when the value cannot be read; null or defaultSize 0
- * for none.
+ * @param defaultValue copied into value when the value cannot be read: text and bytes cut to the capacity, other
+ * types only when defaultSize is at least their width; null or defaultSize 0 for none.
  * @return #SM_STATUS_SUCCESS; #SM_STATUS_BAD_ARGUMENT for a type outside 1-9, a null value or size, *size 0 or a
  * null or empty path; #SM_STATUS_TIMEOUT; #SM_STATUS_FILE_OPEN_FAILED; #SM_STATUS_SECTION_NOT_FOUND;
  * #SM_STATUS_KEY_NOT_FOUND; #SM_STATUS_BAD_SECTION_HEADER; #SM_STATUS_BUFFER_TOO_SMALL (no default is copied then);
  * #SM_STATUS_BAD_LENGTH or #SM_STATUS_FAILURE for a value that does not parse as its type.
- * @warning A missing file, section or key returns its status even when the default was copied: test the status
- * against the "not found" codes, not against #SM_STATUS_SUCCESS, to know whether value holds something usable.
+ * @warning After any failure of the read itself but #SM_STATUS_BUFFER_TOO_SMALL (a missing file, section or key, a
+ * busy lock, a value that does not parse) the default is copied into value, *size becomes its size, and the
+ * failure's status is still returned: a nonzero status does not mean value is empty, and a missing key is not
+ * reported as success even though the caller's default is in place.
  */
 ZKSUPT_API int32_t SMReadINIPathFileValue(const char *section, const char *key, uint32_t type, void *value,
                                           uint32_t *size, const void *defaultValue, uint32_t defaultSize,
