@@ -3,8 +3,9 @@
  * Operating-system services: reference ticks, system type, console, system log, long file names, caller threads, shared
  * libraries and the process-wide library table, environment copies.
  *
- * Every function may be called from any thread; the process-wide library table has a lock of its own. Memory handed
- * out is freed with SMFreeMem(), thread and library records with their stop and unload functions.
+ * Reference ticks and time-outs are in milliseconds. Every function may be called from any thread; the process-wide
+ * library table has a lock of its own. Memory handed out is freed with SMFreeMem(), thread and library records with
+ * their stop and unload functions.
  */
 #ifndef ZKSUPT_OS_H
 #define ZKSUPT_OS_H
