@@ -6,6 +6,7 @@
 #   ppc       32-bit big-endian PowerPC, tests run under qemu-ppc
 #   fuzz      libFuzzer targets (clang), each run for ZKSUPT_FUZZ_SECONDS (default 20)
 #   package   install + consumer test, ABI check, Debian packages (scripts/package-check.sh)
+#   docs      the Doxygen HTML reference, which must build without a warning
 # With no arguments all of them run; name builds to run only those. Every run
 # first checks that the sources follow .clang-format, and every build treats
 # warnings as errors.
@@ -17,7 +18,7 @@ echo "=== format check"
 git ls-files -z '*.c' '*.cpp' '*.h' | xargs -0 clang-format --dry-run --Werror
 
 builds=("$@")
-[ ${#builds[@]} -gt 0 ] || builds=(native sanitize tsan ppc fuzz package)
+[ ${#builds[@]} -gt 0 ] || builds=(native sanitize tsan ppc fuzz package docs)
 jobs=$(nproc)
 
 # Tests run in a private System V IPC namespace where the machine allows it,
@@ -71,6 +72,16 @@ fuzz() {
   timings+=("fuzz: $((SECONDS - start)) s")
 }
 
+# Builds the HTML reference of the public headers (build/docs/docs/html);
+# Doxygen fails on any warning.
+docs() {
+  local start=$SECONDS
+  echo "=== docs build"
+  cmake -S . -B build/docs -G Ninja -DZKSUPT_BUILD_DOCS=ON -DZKSUPT_BUILD_TESTS=OFF -DZKSUPT_BUILD_EXAMPLES=OFF >/dev/null
+  cmake --build build/docs --target docs
+  timings+=("docs: $((SECONDS - start)) s")
+}
+
 for build in "${builds[@]}"; do
   case "$build" in
     native) run native -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZKSUPT_BUILD_BENCH=ON ;;
@@ -83,6 +94,7 @@ for build in "${builds[@]}"; do
       scripts/package-check.sh "$jobs"
       timings+=("package: $((SECONDS - start)) s")
       ;;
+    docs) docs ;;
     *) echo "unknown build: $build" >&2; exit 2 ;;
   esac
 done

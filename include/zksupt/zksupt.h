@@ -1,4 +1,7 @@
-/* libzksupt: every public header of the library. */
+/**
+ * @file
+ * libzksupt: every public header of the library.
+ */
 #ifndef ZKSUPT_ZKSUPT_H
 #define ZKSUPT_ZKSUPT_H
 
