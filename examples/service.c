@@ -17,6 +17,13 @@
 
 #include <zksupt/zksupt.h>
 
+/* A status's name for messages ("KEY_NOT_FOUND"). */
+static const char *statusName(int32_t status)
+{
+    const char *name = zksupt_status_name(status);
+    return name != NULL ? name : "unknown status";
+}
+
 static const char kSource[] = "zksupt_service";
 static const char kSettings[] = "service.ini";
 enum { ID_NAME = 1, ID_RUN = 2, ID_COUNTERS = 3, ID_REQUESTS = 10, ID_ERRORS = 11 };
@@ -72,13 +79,13 @@ static int readSettings(char *name, uint32_t nameSize, uint32_t *run)
                                     SM_LOCK_WAIT);
     if (status != SM_STATUS_SUCCESS && status != SM_STATUS_FILE_OPEN_FAILED && status != SM_STATUS_SECTION_NOT_FOUND &&
         status != SM_STATUS_KEY_NOT_FOUND) {
-        fprintf(stderr, "service: cannot read %s: %s\n", kSettings, zksupt_status_name(status));
+        fprintf(stderr, "service: cannot read %s: %s\n", kSettings, statusName(status));
         return 0;
     }
     *run += 1;
     status = SMWriteINIPathFileValue("Service", "runs", SM_INI_TYPE_UINT32, run, sizeof *run, settings, SM_LOCK_WAIT);
     if (status != SM_STATUS_SUCCESS) {
-        fprintf(stderr, "service: cannot update %s: %s\n", kSettings, zksupt_status_name(status));
+        fprintf(stderr, "service: cannot update %s: %s\n", kSettings, statusName(status));
         return 0;
     }
     printf("settings: name \"%s\", run %u\n", name, (unsigned)*run);

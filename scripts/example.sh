@@ -27,12 +27,14 @@ REGISTRY
 export ZKSUPT_REGISTRY="$sandbox/qvreg.cfg"
 
 echo "=== registry file the library reads: $("$zksupt" registry)"
-for run in 1 2; do
-  echo "=== service, run $run"
-  "$service"
-done
-echo "=== its settings ($sandbox/suite/meridian/ini/ini/service.ini)"
-"$zksupt" ini list "$sandbox/suite/meridian/ini/ini/service.ini" Service
+settings="$sandbox/suite/meridian/ini/ini/service.ini"
+echo "=== service, run 1"
+"$service"
+echo "=== renaming the service in its settings, then run 2"
+"$zksupt" ini set "$settings" Service name "Node Steward (renamed)"
+"$service"
+echo "=== its settings ($settings)"
+"$zksupt" ini list "$settings" Service
 echo "=== its published state"
 "$zksupt" sdo dump "$sandbox/var/data/service-state.sdo"
 echo "=== its events ($("$zksupt" log path))"

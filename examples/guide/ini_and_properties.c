@@ -8,6 +8,13 @@
 
 #include <zksupt/zksupt.h>
 
+/* A status's name for messages ("KEY_NOT_FOUND"). */
+static const char *statusName(int32_t status)
+{
+    const char *name = zksupt_status_name(status);
+    return name != NULL ? name : "unknown status";
+}
+
 /* Bare file names of the plain INI calls live in <ini path>/ini/. */
 static const char settings[] = "guide.ini";
 
@@ -33,7 +40,7 @@ int main(void)
     size = sizeof timeout;
     status = SMReadINIFileValue("Network", "timeout", SM_INI_TYPE_UINT32, &timeout, &size, &fallback, sizeof fallback,
                                 settings, SM_LOCK_WAIT);
-    printf("Network.timeout: %s, value %u\n", zksupt_status_name(status), (unsigned)timeout);
+    printf("Network.timeout: %s, value %u\n", statusName(status), (unsigned)timeout);
     ok = ok && status == SM_STATUS_KEY_NOT_FOUND && timeout == fallback;
 
     /* A property file takes SDO type codes; it lives here in the var-data directory. */

@@ -8,6 +8,13 @@
 
 #include <zksupt/zksupt.h>
 
+/* A status's name for messages ("KEY_NOT_FOUND"). */
+static const char *statusName(int32_t status)
+{
+    const char *name = zksupt_status_name(status);
+    return name != NULL ? name : "unknown status";
+}
+
 int main(void)
 {
     char textLog[256], xmlLog[256], trace[512];
@@ -21,7 +28,7 @@ int main(void)
                            SM_LOG_CATEGORY_MERIDIAN_SERVICE, 1000, "guide", "The guide service started.", NULL, 0);
     if (status != SM_STATUS_SUCCESS || SMGetLogPathFileName(SM_LOG_TARGET_TEXT, textLog, &textSize) != 0 ||
         SMGetLogPathFileName(SM_LOG_TARGET_XML, xmlLog, &xmlSize) != 0) {
-        fprintf(stderr, "logs: cannot record the event: %s\n", zksupt_status_name(status));
+        fprintf(stderr, "logs: cannot record the event: %s\n", statusName(status));
         return 1;
     }
     /* The text log is UCS-2 after a 256-byte header block: check that the record went in behind it. */
