@@ -22,5 +22,6 @@
 #include <zksupt/ipc.h>
 #include <zksupt/os.h>
 #include <zksupt/log.h>
+#include <zksupt/constants.h>
 
 #endif /* ZKSUPT_ZKSUPT_H */

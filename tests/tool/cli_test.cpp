@@ -15,8 +15,8 @@ TEST(ToolCli, HelpNamesEveryCommandAndUsageErrorsExitTwo)
 {
     const ToolRun help = runTool({"help"});
     EXPECT_EQ(help.exitCode, 0);
-    for (const char *command :
-         {"sdo", "ini", "prop", "log", "paths", "expand", "ipc", "strings", "md5", "crc32", "base64", "help"})
+    for (const char *command : {"sdo", "ini", "prop", "log", "paths", "registry", "expand", "ipc", "strings", "md5",
+                                "crc32", "base64", "help"})
         EXPECT_NE(help.out.find("\n  " + std::string(command) + " "), std::string::npos) << command;
     EXPECT_NE(runTool({"help", "log", "append"}).out.find("--category"), std::string::npos);
 

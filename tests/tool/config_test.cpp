@@ -6,6 +6,8 @@
 
 #include <unistd.h>
 
+#include <cstdlib>
+
 namespace zksupt::test {
 namespace {
 
@@ -26,6 +28,23 @@ TEST(ToolProp, ValuesAreReadAndReplacedButNeverAdded)
     EXPECT_EQ(runTool({"prop", "set", file, "port", "eighty", "--type", "uint32"}).exitCode, 4);
     EXPECT_EQ(runTool({"prop", "get", file, "port", "--type", "colour"}).exitCode, 2);
     unlink(file.c_str());
+}
+
+TEST(ToolRegistry, NamesTheFileTheLibraryOpens)
+{
+    const ToolRun chosen = runTool({"registry"});
+    EXPECT_EQ(chosen.exitCode, 0) << chosen.err;
+    EXPECT_EQ(chosen.out, sandbox().registryFile() + "\n");
+
+    // A variable naming no file leaves the library without a registry file:
+    // the system's own files are not read in its place.
+    const std::string missing = sandbox().path("no-such-registry.cfg");
+    setenv("ZKSUPT_REGISTRY", missing.c_str(), 1);
+    const ToolRun none = runTool({"registry"});
+    setenv("ZKSUPT_REGISTRY", sandbox().registryFile().c_str(), 1);
+    EXPECT_EQ(none.exitCode, 5);
+    EXPECT_EQ(none.out, "");
+    EXPECT_NE(none.err.find("reads no registry file"), std::string::npos) << none.err;
 }
 
 TEST(ToolPaths, RegistryDirectoriesAndExpansion)

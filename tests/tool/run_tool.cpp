@@ -1,57 +1,13 @@
 #include "run_tool.h"
 
-#include "support/child.h"
-#include "support/sandbox.h"
-
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <chrono>
-#include <sstream>
-
-extern char **environ;
+#include "support/run_program.h"
 
 namespace zksupt::test {
 
 ToolRun runTool(const std::vector<std::string> &args, const std::string &input)
 {
-    // The emulator (in a cross build) comes first, then the tool and its arguments.
-    std::vector<std::string> words;
-    std::istringstream emulator(ZKSUPT_TOOL_EMULATOR);
-    for (std::string word; emulator >> word;)
-        words.push_back(word);
-    words.push_back(ZKSUPT_TOOL_PATH);
-    words.insert(words.end(), args.begin(), args.end());
-    std::vector<char *> argv;
-    for (std::string &word : words)
-        argv.push_back(word.data());
-    argv.push_back(nullptr);
-
-    const std::string outPath = sandbox().path("tool.out");
-    const std::string errPath = sandbox().path("tool.err");
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, 0, input.empty() ? "/dev/null" : input.c_str(), O_RDONLY, 0);
-    posix_spawn_file_actions_addopen(&actions, 1, outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    posix_spawn_file_actions_addopen(&actions, 2, errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-    pid_t pid = -1;
-    const int spawned = posix_spawnp(&pid, argv[0], &actions, nullptr, argv.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-
-    ToolRun run;
-    if (spawned != 0)
-        return run;
-    // A generous bound: the emulated build is far slower than the host.
-    const ChildEnd end = waitForChild(pid, std::chrono::seconds(120));
-    if (end.finished && WIFEXITED(end.status))
-        run.exitCode = WEXITSTATUS(end.status);
-    run.out = readFile(outPath);
-    run.err = readFile(errPath);
-    unlink(outPath.c_str());
-    unlink(errPath.c_str());
-    return run;
+    const ProgramRun run = runProgram(ZKSUPT_TOOL_EMULATOR, ZKSUPT_TOOL_PATH, args, input);
+    return ToolRun{run.exitCode, run.out, run.err};
 }
 
 }  // namespace zksupt::test

@@ -3,10 +3,16 @@
 #include "common.h"
 
 #include <zksupt/config.h>
+#include <zksupt/constants.h>
 #include <zksupt/frame.h>
 #include <zksupt/status.h>
 
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include <cstdlib>
 #include <iostream>
+#include <map>
 #include <memory>
 
 namespace zktool {
@@ -80,6 +86,48 @@ int expand(const std::string &text)
     return kExitOk;
 }
 
+// Which registry file the library reads, seen as the library reads it: the
+// places a registry file can be are watched for opens while a query for a
+// product no table holds makes the library load its registry file afresh.
+// The tool names the places but does not choose among them.
+int printRegistryFile()
+{
+    const int watcher = inotify_init1(IN_CLOEXEC | IN_NONBLOCK);
+    if (watcher < 0)
+        return fail("registry: cannot watch files", SM_STATUS_FAILURE, kExitFailed);
+    std::map<int, std::string> watched;
+    std::vector<std::string> places;
+    if (const char *override = std::getenv("ZKSUPT_REGISTRY"))
+        places.emplace_back(override);
+    places.emplace_back("/etc/qvreg.cfg");
+    places.emplace_back("/usr/lib/ext/vexa/qvreg.cfg");
+    for (const std::string &place : places) {
+        const int watch = inotify_add_watch(watcher, place.c_str(), IN_OPEN);
+        if (watch >= 0)
+            watched.emplace(watch, place);
+    }
+
+    char path[16];
+    uint32_t size = sizeof path;
+    constexpr int32_t kNoProduct = 0;
+    SMGetPathByProductIDandType(kNoProduct, SM_PATH_KIND_INSTALL, path, &size);
+
+    std::string opened;
+    alignas(inotify_event) char events[4096];
+    const ssize_t length = watched.empty() ? 0 : read(watcher, events, sizeof events);
+    for (ssize_t at = 0; opened.empty() && at < length;) {
+        const auto *event = reinterpret_cast<const inotify_event *>(events + at);
+        if (const auto place = watched.find(event->wd); place != watched.end())
+            opened = place->second;
+        at += static_cast<ssize_t>(sizeof(inotify_event) + event->len);
+    }
+    close(watcher);
+    if (opened.empty())
+        return fail("registry: the library reads no registry file", SM_STATUS_FILE_NOT_FOUND, kExitNotFound);
+    std::cout << opened << "\n";
+    return kExitOk;
+}
+
 }  // namespace
 
 void addPathCommands(CLI::App &app, Outcome &outcome)
@@ -88,6 +136,9 @@ void addPathCommands(CLI::App &app, Outcome &outcome)
     CLI::App *paths = app.add_subcommand("paths", "Show the product registry's directories");
     paths->add_option("product", *product, "Product short name or ID (every product by default)");
     paths->callback([product, &outcome] { outcome.exitCode = printPaths(*product); });
+
+    CLI::App *registry = app.add_subcommand("registry", "Show which product registry file the library reads");
+    registry->callback([&outcome] { outcome.exitCode = printRegistryFile(); });
 
     auto text = std::make_shared<std::string>();
     CLI::App *expandCommand = app.add_subcommand("expand", "Replace @qvinstallpath@ by the suite's install path");
