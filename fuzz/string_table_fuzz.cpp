@@ -52,8 +52,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     if (size < 4 || size > 0x8000)
         return 0;
-    const zksupt::fuzz::Directory directory;
-    const std::string path = directory.path() + "/strings.ini";
+    // One path for every run: each new path would add a lock object (and a
+    // lock file) that lives until the library stops.
+    static const zksupt::fuzz::Directory directory;
+    static const std::string path = directory.path() + "/strings.ini";
     zksupt::fuzz::store(path, data + 4, size - 4);
     // The leading bytes choose the IDs and the language asked for.
     const uint32_t languages[] = {0, 1033, 1031, data[0] * 16u + data[1]};
