@@ -4,9 +4,11 @@
 #   sanitize  AddressSanitizer + UndefinedBehaviorSanitizer
 #   tsan      ThreadSanitizer
 #   ppc       32-bit big-endian PowerPC, tests run under qemu-ppc
-#   fuzz      libFuzzer targets (clang), each run for ZKSUPT_FUZZ_SECONDS (default 20)
+#   fuzz      libFuzzer targets (clang), sharing ZKSUPT_FUZZ_BUDGET seconds (default 720)
 #   package   install + consumer test, ABI check, Debian packages (scripts/package-check.sh)
 #   docs      the Doxygen HTML reference, which must build without a warning
+#   crash     writers killed with SIGKILL at random moments, for ZKSUPT_CRASH_SECONDS
+#             (default 180), in the native build's directory
 # With no arguments all of them run; name builds to run only those. Every run
 # first checks that the sources follow .clang-format, and every build treats
 # warnings as errors.
@@ -18,7 +20,7 @@ echo "=== format check"
 git ls-files -z '*.c' '*.cpp' '*.h' | xargs -0 clang-format --dry-run --Werror
 
 builds=("$@")
-[ ${#builds[@]} -gt 0 ] || builds=(native sanitize tsan ppc fuzz package docs)
+[ ${#builds[@]} -gt 0 ] || builds=(native sanitize tsan ppc fuzz crash package docs)
 jobs=$(nproc)
 
 # Tests run in a private System V IPC namespace where the machine allows it,
@@ -47,28 +49,35 @@ run() {
 }
 
 # Builds the fuzz targets and runs each on its seed corpus (fuzz/corpus/<name>,
-# when there is one) for a bounded time; a crash fails the run.
+# when there is one) for its share of the budget; a crash fails the run. Each
+# target's executions per second come from libFuzzer's final statistics.
 fuzz() {
   local start=$SECONDS
   echo "=== fuzz build"
   CC=clang CXX=clang++ cmake -S . -B build/fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DZKSUPT_WERROR=ON -DZKSUPT_BUILD_FUZZ=ON -DZKSUPT_BUILD_TESTS=OFF -DZKSUPT_BUILD_EXAMPLES=OFF >/dev/null
   cmake --build build/fuzz -j "$jobs"
-  for target in build/fuzz/fuzz/*_fuzz; do
+  local targets=(build/fuzz/fuzz/*_fuzz)
+  local seconds=${ZKSUPT_FUZZ_SECONDS:-$(( ${ZKSUPT_FUZZ_BUDGET:-720} / ${#targets[@]} ))}
+  local rates=()
+  for target in "${targets[@]}"; do
     local name corpus
     name=$(basename "$target")
     corpus=$(mktemp -d)
     [ -d "fuzz/corpus/$name" ] && cp -r "fuzz/corpus/$name/." "$corpus/"
-    echo "=== fuzz $name"
-    if ! "$target" -max_total_time="${ZKSUPT_FUZZ_SECONDS:-20}" "$corpus" >"build/fuzz/$name.log" 2>&1; then
+    echo "=== fuzz $name ($seconds s)"
+    if ! "$target" -max_total_time="$seconds" -print_final_stats=1 "$corpus" >"build/fuzz/$name.log" 2>&1; then
       tail -n 40 "build/fuzz/$name.log"
       rm -rf "$corpus"
       echo "fuzz target $name failed" >&2
       exit 1
     fi
-    tail -n 1 "build/fuzz/$name.log"
     rm -rf "$corpus"
+    rates+=("$name: $(awk '/stat::number_of_executed_units/ {runs=$2} /stat::average_exec_per_sec/ {rate=$2}
+      END {print runs " runs, " rate " per second"}' "build/fuzz/$name.log")")
+    echo "  ${rates[-1]}"
   done
+  printf '  %s\n' "${rates[@]}"
   timings+=("fuzz: $((SECONDS - start)) s")
 }
 
@@ -80,6 +89,24 @@ docs() {
   cmake -S . -B build/docs -G Ninja -DZKSUPT_BUILD_DOCS=ON -DZKSUPT_BUILD_TESTS=OFF -DZKSUPT_BUILD_EXAMPLES=OFF >/dev/null
   cmake --build build/docs --target docs
   timings+=("docs: $((SECONDS - start)) s")
+}
+
+# Kills writers of every shared file kind at random moments for a time
+# budget, in the native build (built here when it is not yet), and reports
+# the kills each kind survived.
+crash() {
+  local start=$SECONDS
+  echo "=== crash build"
+  cmake -S . -B build/native -G Ninja -DZKSUPT_WERROR=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+  cmake --build build/native -j "$jobs" --target test_crash
+  echo "=== crash tests"
+  ZKSUPT_CRASH_SECONDS=${ZKSUPT_CRASH_SECONDS:-180} "${isolate[@]}" build/native/tests/test_crash \
+    | tee build/native/crash.log | grep -E '^crash:|FAILED|Failure' || true
+  if ! grep -q '^\[  PASSED  \]' build/native/crash.log || grep -q '^\[  FAILED  \]' build/native/crash.log; then
+    echo "crash tests failed" >&2
+    exit 1
+  fi
+  timings+=("crash: $((SECONDS - start)) s")
 }
 
 for build in "${builds[@]}"; do
@@ -95,6 +122,7 @@ for build in "${builds[@]}"; do
       timings+=("package: $((SECONDS - start)) s")
       ;;
     docs) docs ;;
+    crash) crash ;;
     *) echo "unknown build: $build" >&2; exit 2 ;;
   esac
 done

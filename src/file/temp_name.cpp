@@ -1,5 +1,7 @@
 // Free names for temporary files. The file is not created: the name is free
 // only at the moment of the test, and callers create it themselves.
+#include <unistd.h>
+
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
@@ -19,13 +21,19 @@ constexpr uint32_t kNameLength = 8;
 constexpr int kAttempts = 100;
 constexpr std::size_t kPathLimit = 256;
 
-// The names come from the C random generator, seeded with the time on first
-// use in the process.
+// The names come from the C random generator, seeded on first use in each
+// process with the time and the process ID. A child forked after its parent
+// drew names seeds afresh: with the parent's state it would try the very
+// names its parent and every sibling try, and a writer killed before its
+// rename leaves its temporary file behind, so that children of one parent
+// would find one more name taken after every such crash, until none is free.
+// The process ID keeps processes started in the same second apart.
 void seedOnce()
 {
-    static std::atomic<bool> seeded{false};
-    if (!seeded.exchange(true))
-        std::srand(static_cast<unsigned>(std::time(nullptr)));
+    static std::atomic<pid_t> seededFor{0};
+    const pid_t self = ::getpid();
+    if (seededFor.exchange(self) != self)
+        std::srand(static_cast<unsigned>(std::time(nullptr)) ^ (static_cast<unsigned>(self) << 16));
 }
 
 }  // namespace

@@ -2,13 +2,17 @@
 // directions in the key file, and keeps it for good.
 #include "ipc/key_file.h"
 
+#include <algorithm>
 #include <charconv>
-#include <optional>
 #include <cstdio>
+#include <memory>
+#include <optional>
 
 #include <zksupt/status.h>
 
 #include "config/ini.h"
+#include "config/line_reader.h"
+#include "file/stream.h"
 #include "ipc/registry.h"
 #include "lock/file_lock.h"
 
@@ -28,16 +32,48 @@ std::optional<uint32_t> keyOfText(std::string_view text) noexcept
     return value;
 }
 
+// The largest key the name section records, read from the key file's lines
+// in one pass; 0 when there is none. A process killed after recording a
+// name's key and before recording the key in the numeric section leaves a
+// key that only the name section knows, and that key is taken all the same.
+uint32_t largestNamedKey() noexcept
+{
+    const file::Stream in{std::fopen(keyFilePath(), "r")};
+    if (!in)
+        return 0;
+    auto lines = std::make_unique<config::LineReader>(in.get());
+    std::string_view piece;
+    bool inNames = false;
+    uint32_t largest = 0;
+    while (lines->next(piece)) {
+        const std::string_view line = config::skipBlanks(config::asText(piece));
+        if (const config::Header header = config::parseHeader(line); header.isHeader) {
+            inNames = !header.malformed && header.name == kNameKeySection;
+            continue;
+        }
+        const std::size_t equals = line.find('=');
+        if (!inNames || equals == std::string_view::npos)
+            continue;
+        std::string_view value = line.substr(equals + 1);
+        value = value.substr(0, value.find_first_of("\r\n"));
+        if (const auto key = keyOfText(value); key && *key > largest)
+            largest = *key;
+    }
+    return largest;
+}
+
 // One more than the largest key given so far (and than the first key);
 // 0 when the numeric section cannot be read or the keys run out.
 uint32_t nextKey() noexcept
 {
     const NameList list = readSectionNames(kNumericKeySection, 4);
-    if (list.status == SM_STATUS_SECTION_NOT_FOUND || list.status == SM_STATUS_KEY_NOT_FOUND)
-        return kFirstKey;
-    if (list.status != SM_STATUS_SUCCESS)
+    const bool noKeys = list.status == SM_STATUS_SECTION_NOT_FOUND || list.status == SM_STATUS_KEY_NOT_FOUND;
+    if (!noKeys && list.status != SM_STATUS_SUCCESS)
         return 0;
-    uint32_t largest = kFirstKey;
+    const uint32_t named = largestNamedKey();
+    if (noKeys && named == 0)
+        return kFirstKey;
+    uint32_t largest = std::max(kFirstKey, named);
     list.forEach([&largest](std::string_view name) {
         if (const auto key = keyOfText(name); key && *key > largest)
             largest = *key;

@@ -21,6 +21,7 @@ namespace {
 constexpr std::string_view kDeclaration = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>";
 constexpr std::string_view kOpenRoot = "<EventLog>";
 constexpr std::string_view kCloseRoot = "</EventLog>";
+constexpr std::string_view kCloseEntry = "</LogEntry>";
 // A log no longer than this is started afresh from its first byte.
 constexpr uint64_t kLongestFreshLog = 37;
 // The closing tag is looked for at this position and after it.
@@ -55,11 +56,12 @@ int32_t entryFor(const char *path, std::optional<uint64_t> size, const Event &ev
     return buildEntry(event, entry);
 }
 
-// The position of the last closing root tag at kFirstTagPosition or after
-// it, read backwards a block at a time; -1 when there is none or a read
-// comes up short.
-int64_t closingTagPosition(int fd, uint64_t size) noexcept
+// The position of the last tag (a closing tag of 11 bytes) at
+// kFirstTagPosition or after it, read backwards a block at a time; -1 when
+// there is none or a read comes up short.
+int64_t lastTagPosition(int fd, uint64_t size, std::string_view tag) noexcept
 {
+    static_assert(kCloseEntry.size() == kCloseRoot.size());
     char block[kSearchBlock];
     if (size < kFirstTagPosition + kCloseRoot.size())
         return -1;
@@ -74,7 +76,7 @@ int64_t closingTagPosition(int fd, uint64_t size) noexcept
         if (::pread64(fd, block, bytes, lowest) != static_cast<ssize_t>(bytes))
             return -1;
         for (int64_t at = highest; at >= lowest; --at)
-            if (std::memcmp(block + (at - lowest), kCloseRoot.data(), kCloseRoot.size()) == 0)
+            if (std::memcmp(block + (at - lowest), tag.data(), tag.size()) == 0)
                 return at;
         highest = lowest - 1;
     }
@@ -88,7 +90,8 @@ iovec piece(const void *bytes, std::size_t size) noexcept
 
 // With the log's lock held: writes the entry and the closing tag over the
 // old closing tag, or starts the document in a log of 37 bytes or less. The
-// file is never truncated: old bytes past what is written stay.
+// file is not truncated: old bytes past what is written stay, but for the
+// remains of a cut splice.
 int32_t splice(const char *path, const SMXGBuf &entry) noexcept
 {
     const OpenLog log = openLog(path, OpenFor::update);
@@ -98,10 +101,22 @@ int32_t splice(const char *path, const SMXGBuf &entry) noexcept
                       piece(entry.buf, entry.length), piece(kCloseRoot.data(), kCloseRoot.size())};
     if (log.size <= kLongestFreshLog)
         return writeWhole(log.fd.get(), pieces, 0);
-    const int64_t at = closingTagPosition(log.fd.get(), log.size);
-    if (at < 0)
+    const std::span<iovec> spliced = std::span<iovec>(pieces).subspan(2);
+    if (const int64_t at = lastTagPosition(log.fd.get(), log.size, kCloseRoot); at >= 0)
+        return writeWhole(log.fd.get(), spliced, at);
+    // A writer killed in the middle of its splice (a write the kernel cut at
+    // a page boundary) leaves the log without its closing tag, after the
+    // entries written whole. The entry goes after the last whole one, and
+    // what is left of the cut one goes, so that the log is a document again.
+    const int64_t lastEntry = lastTagPosition(log.fd.get(), log.size, kCloseEntry);
+    if (lastEntry < 0)
         return SM_STATUS_BAD_OBJECT;
-    return writeWhole(log.fd.get(), std::span<iovec>(pieces).subspan(2), at);
+    const auto at = static_cast<int64_t>(lastEntry + kCloseEntry.size());
+    const int32_t status = writeWhole(log.fd.get(), spliced, at);
+    if (status == SM_STATUS_SUCCESS &&
+        ::ftruncate64(log.fd.get(), at + static_cast<int64_t>(entry.length + kCloseRoot.size())) != 0)
+        return SM_STATUS_FAILURE;
+    return status;
 }
 
 // Moves a full log to its backup and starts the new one with an entry that
