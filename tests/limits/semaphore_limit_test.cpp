@@ -54,8 +54,9 @@ std::map<std::string, std::string> ipcFiles()
                 continue;
             std::string text = readFile(sandbox().ipcDir() + "/" + name);
             if (name == kKeyFile) {
-                const std::size_t lists = text.find("[Semaphore List]");
-                text = lists == std::string::npos ? "" : text.substr(lists);
+                const std::size_t list = text.find("[Semaphore List]");
+                const std::size_t next = list == std::string::npos ? list : text.find("\n[", list);
+                text = list == std::string::npos ? "" : text.substr(list, next - list);
             }
             files[name] = text;
         }
