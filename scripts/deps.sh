@@ -8,7 +8,7 @@ set -euo pipefail
 packages=(cmake ninja-build g++ make libcli11-dev nlohmann-json3-dev scdoc)
 case "${1:-test}" in
   example) ;;
-  test) packages+=(libgtest-dev googletest libbenchmark-dev libboost-dev zlib1g-dev libssl-dev libisal-dev g++-powerpc-linux-gnu qemu-user util-linux clang libclang-rt-14-dev libxml2-utils) ;;
+  test) packages+=(libgtest-dev googletest libbenchmark-dev libboost-dev zlib1g-dev libssl-dev libisal-dev g++-powerpc-linux-gnu qemu-user util-linux clang libclang-rt-14-dev libxml2-utils valgrind) ;;
   *) echo "usage: $0 example|test" >&2; exit 2 ;;
 esac
 # The test script checks the sources' format first.
