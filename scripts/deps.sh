@@ -8,7 +8,7 @@ set -euo pipefail
 packages=(cmake ninja-build g++ make libcli11-dev nlohmann-json3-dev scdoc)
 case "${1:-test}" in
   example) ;;
-  test) packages+=(libgtest-dev googletest libbenchmark-dev libboost-dev zlib1g-dev libssl-dev libisal-dev g++-powerpc-linux-gnu qemu-user util-linux clang libclang-rt-14-dev libxml2-utils doxygen)
+  test) packages+=(libgtest-dev googletest libbenchmark-dev libboost-dev zlib1g-dev libssl-dev libisal-dev g++-powerpc-linux-gnu qemu-user util-linux clang libclang-rt-14-dev libxml2-utils doxygen valgrind)
     # The package build: Debian packaging, the ABI check, the consumer test.
     packages+=(debhelper dpkg-dev lintian abigail-tools pkgconf) ;;
   *) echo "usage: $0 example|test" >&2; exit 2 ;;

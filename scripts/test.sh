@@ -9,6 +9,8 @@
 #   docs      the Doxygen HTML reference, which must build without a warning
 #   crash     writers killed with SIGKILL at random moments, for ZKSUPT_CRASH_SECONDS
 #             (default 180), in the native build's directory
+#   alloc     the sanitize build's allocation-failure program alone
+#   valgrind  every test under valgrind's memcheck (no sanitizers)
 # With no arguments all of them run; name builds to run only those. Every run
 # first checks that the sources follow .clang-format, and every build treats
 # warnings as errors.
@@ -20,7 +22,7 @@ echo "=== format check"
 git ls-files -z '*.c' '*.cpp' '*.h' | xargs -0 clang-format --dry-run --Werror
 
 builds=("$@")
-[ ${#builds[@]} -gt 0 ] || builds=(native sanitize tsan ppc fuzz crash package docs)
+[ ${#builds[@]} -gt 0 ] || builds=(native sanitize tsan valgrind ppc crash package docs fuzz)
 jobs=$(nproc)
 
 # Tests run in a private System V IPC namespace where the machine allows it,
@@ -109,6 +111,26 @@ crash() {
   timings+=("crash: $((SECONDS - start)) s")
 }
 
+# Every test program under memcheck: ctest wraps each test in valgrind, whose
+# errors (and definite leaks) make the test fail; programs the tests execute
+# are traced too. The stress tests run at a smaller scale there.
+valgrind_build() {
+  local start=$SECONDS dir=build/valgrind
+  echo "=== valgrind build"
+  cmake -S . -B "$dir" -G Ninja -DZKSUPT_WERROR=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
+  cmake --build "$dir" -j "$jobs"
+  local options=(--tool=memcheck --error-exitcode=99 --leak-check=full --errors-for-leak-kinds=definite
+    --show-leak-kinds=definite --trace-children=yes --trace-children-skip='/bin/*,/usr/bin/*,/sbin/*,/usr/sbin/*'
+    --num-callers=30)
+  printf '%s\n' "SourceDirectory: $PWD" "BuildDirectory: $PWD/$dir" \
+    "MemoryCheckCommand: $(command -v valgrind)" "MemoryCheckCommandOptions: ${options[*]}" \
+    "MemoryCheckSuppressionFile: $PWD/scripts/valgrind.supp" >"$dir/DartConfiguration.tcl"
+  echo "=== valgrind tests"
+  (cd "$dir" && ZKSUPT_STRESS_SCALE=4 "${isolate[@]}" ctest --output-on-failure -j "$jobs" -T memcheck -E '^exported_symbols$')
+  (cd "$dir" && ctest --output-on-failure -R '^exported_symbols$')
+  timings+=("valgrind: $((SECONDS - start)) s")
+}
+
 for build in "${builds[@]}"; do
   case "$build" in
     native) run native -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZKSUPT_BUILD_BENCH=ON ;;
@@ -123,6 +145,13 @@ for build in "${builds[@]}"; do
       ;;
     docs) docs ;;
     crash) crash ;;
+    alloc)
+      start=$SECONDS
+      cmake -S . -B build/sanitize -G Ninja -DZKSUPT_WERROR=ON -DCMAKE_BUILD_TYPE=Debug -DZKSUPT_SANITIZE=address,undefined >/dev/null
+      cmake --build build/sanitize -j "$jobs" --target test_failure
+      (cd build/sanitize && "${isolate[@]}" ctest --output-on-failure -R '^failure$')
+      timings+=("alloc: $((SECONDS - start)) s") ;;
+    valgrind) valgrind_build ;;
     *) echo "unknown build: $build" >&2; exit 2 ;;
   esac
 done

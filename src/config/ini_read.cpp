@@ -37,7 +37,8 @@ int32_t scanLocked(const char *path, const char *section, const char *key, char 
     const FileGuard guard(path, FileAccess::read, lockWait);
     if (guard.status() != SM_STATUS_SUCCESS)
         return guard.status();
-    recoverBackup(path);
+    if (const int32_t recovered = recoverBackup(path); recovered != SM_STATUS_SUCCESS)
+        return recovered;
     const file::Stream stream{std::fopen(path, "r")};
     if (!stream)
         return SM_STATUS_FILE_OPEN_FAILED;

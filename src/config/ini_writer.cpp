@@ -191,7 +191,8 @@ int32_t writeText(const char *section, const char *key, const char *value, const
     const FileGuard guard(pathText, FileAccess::write, lockWait);
     if (guard.status() != SM_STATUS_SUCCESS)
         return guard.status();
-    recoverBackup(path);
+    if (const int32_t recovered = recoverBackup(pathText); recovered != SM_STATUS_SUCCESS)
+        return recovered;
     if (!file::entryExists(pathText))
         return appendSection(path, section, key, value, false);
     ValueRewriter rewriter(section, key, value);

@@ -48,7 +48,8 @@ int32_t readLocked(const char *key, uint32_t type, void *buffer, uint32_t *size,
     const FileGuard guard(path, FileAccess::read, lockWait);
     if (guard.status() != SM_STATUS_SUCCESS)
         return guard.status();
-    recoverBackup(path);
+    if (const int32_t recovered = recoverBackup(path); recovered != SM_STATUS_SUCCESS)
+        return recovered;
     const file::Stream stream{std::fopen(path, "re")};
     if (!stream)
         return SM_STATUS_FILE_OPEN_FAILED;

@@ -122,8 +122,9 @@ int32_t writeProperty(const char *key, uint32_t type, const void *value, uint32_
     if (guard.status() != SM_STATUS_SUCCESS)
         return guard.status();
     try {
+        if (const int32_t recovered = recoverBackup(path); recovered != SM_STATUS_SUCCESS)
+            return recovered;
         const std::string file = path;
-        recoverBackup(file);
         PropertyRewriter rewriter(key, type, value, valueSize);
         return replaceFile(file, rewriter);
     } catch (...) {

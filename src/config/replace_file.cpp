@@ -48,14 +48,17 @@ std::string directoryOf(const std::string &path)
     return slash == 0 ? "/" : path.substr(0, slash);
 }
 
-void recoverBackup(const std::string &path) noexcept
+int32_t recoverBackup(const char *path) noexcept
 {
+    // The path arrives as a C string: its copy is made here, where running
+    // out of memory is an answer, not at every caller.
     try {
         const std::string backup = backupName(path);
         if (file::entryExists(backup.c_str()))
-            std::rename(backup.c_str(), path.c_str());
+            std::rename(backup.c_str(), path);
+        return SM_STATUS_SUCCESS;
     } catch (...) {
-        // Without memory for the name there is nothing to recover with.
+        return SM_STATUS_NO_MEMORY;
     }
 }
 

@@ -24,8 +24,9 @@ inline constexpr mode_t kNewFileMode = 0644;
 std::string backupName(const std::string &path);
 
 // Moves a left-over backup of path back onto path, finishing a replacement
-// that was interrupted between its renames.
-void recoverBackup(const std::string &path) noexcept;
+// that was interrupted between its renames. 0, or 0x110 when there is no
+// memory for the backup's name (a backup then stays where it is).
+int32_t recoverBackup(const char *path) noexcept;
 
 // What a rewrite reports: its status (0 to commit), and whether the
 // temporary file stays for inspection when the rewrite fails or, after a

@@ -98,11 +98,16 @@ uint32_t stringFromIdPathFile(uint32_t id, uint32_t *language, const char *path,
         char key[32];
         format::formatText(key, sizeof key, "%X:%X", wanted, id);
         uint32_t got = kValueCapacity;
-        if (readValue(english ? kDefaultSection : kOtherSection, key, kIniText, value.get(), &got, nullptr, 0, path,
-                      1) == SM_STATUS_SUCCESS) {
+        const int32_t status =
+            readValue(english ? kDefaultSection : kOtherSection, key, kIniText, value.get(), &got, nullptr, 0, path, 1);
+        if (status == SM_STATUS_SUCCESS) {
             const std::string_view text(value.get(), got - 1);
             return copyResult(text.substr(0, text.find_first_of("\r\n")), buffer, size);
         }
+        // A read that ran out of memory says nothing about the language's
+        // text: falling back to English would answer in the wrong language.
+        if (status == SM_STATUS_NO_MEMORY)
+            return copyResult(kNoMemory, buffer, size);
         if (english) {
             *size = 0;
             return 0;

@@ -21,6 +21,7 @@
 #include "log/log_files.h"
 #include "log/text_log.h"
 #include "support/sandbox.h"
+#include "support/stress_scale.h"
 
 namespace {
 
@@ -28,7 +29,8 @@ namespace fs = std::filesystem;
 using namespace zksupt::test;
 using Ids = std::vector<std::string>;
 
-constexpr int kProcesses = 4, kThreads = 4, kRecords = 200, kAll = kProcesses * kThreads * kRecords;
+constexpr int kProcesses = 4, kThreads = 4;
+const int kRecords = scaled(200), kAll = kProcesses * kThreads * kRecords;
 
 // Runs write(n) for n = 1000 up to 1000 + kAll in forked children of kThreads
 // threads each, after prepare() in each child. False when a child fails or

@@ -20,30 +20,16 @@
 
 #include "support/child.h"
 #include "support/sandbox.h"
+#include "support/system_log_socket.h"
 
 namespace {
 
 constexpr int kNoNamespace = 70;  // the child's exit code when the machine allows no namespace
 
-// In the child: a private mount tree whose /dev holds only "log", bound to socketPath.
-bool enterPrivateDevLog(const std::string &socketPath)
-{
-    if (unshare(CLONE_NEWNS) != 0 || mount("none", "/", "none", MS_REC | MS_PRIVATE, nullptr) != 0 ||
-        mount("zksupt-test-dev", "/dev", "tmpfs", 0, "mode=0755") != 0)
-        return false;
-    const int placeholder = open("/dev/log", O_CREAT | O_WRONLY | O_CLOEXEC, 0666);
-    if (placeholder < 0)
-        return false;
-    close(placeholder);
-    return mount(socketPath.c_str(), "/dev/log", "none", MS_BIND, nullptr) == 0;
-}
-
 // The next datagram with the 16-byte timestamp after "<PRI>" cut; "" if none.
-std::string receive(int fd, int flags = 0)
+std::string receive(const zksupt::test::SystemLogSocket &socket, int flags = 0)
 {
-    std::vector<char> buffer(8192);
-    const ssize_t length = recv(fd, buffer.data(), buffer.size(), flags);
-    std::string datagram(buffer.data(), length > 0 ? length : 0);
+    std::string datagram = socket.receive(flags);
     const std::size_t close = datagram.find('>');
     return close == std::string::npos ? datagram : datagram.erase(close + 1, 16);
 }
@@ -74,18 +60,12 @@ TEST(SystemLog, TextPriorityFacilityAndIdentAsSent)
          as(LOG_INFO, "zk-long") + longPrefix + longText.substr(0, 2047 - longPrefix.size())},
     };
 
-    const std::string socketPath = zksupt::test::sandbox().path("dev-log");
-    const int fd = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::strncpy(address.sun_path, socketPath.c_str(), sizeof address.sun_path - 1);
-    ASSERT_EQ(bind(fd, reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
-    const timeval wait{30, 0};
-    setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &wait, sizeof wait);
+    const zksupt::test::SystemLogSocket socket(zksupt::test::sandbox().path("dev-log"));
+    ASSERT_TRUE(socket.bound());
 
     const zksupt::test::ChildEnd end = zksupt::test::runInChildBounded(
         [&] {
-            if (!enterPrivateDevLog(socketPath))
+            if (!zksupt::test::enterPrivateDevLog(socket.path()))
                 return kNoNamespace;
             for (std::size_t i = 0; i < messages.size(); ++i) {
                 const Message &m = messages[i];
@@ -99,12 +79,10 @@ TEST(SystemLog, TextPriorityFacilityAndIdentAsSent)
     for (const Message &m : messages)
         if (!m.logged.empty()) {
             expected.push_back(m.logged);
-            received.push_back(end.finished && WEXITSTATUS(end.status) == 0 ? receive(fd) : "");
+            received.push_back(end.finished && WEXITSTATUS(end.status) == 0 ? receive(socket) : "");
         }
     expected.push_back("");
-    received.push_back(receive(fd, MSG_DONTWAIT));  // nothing more
-    close(fd);
-    unlink(socketPath.c_str());
+    received.push_back(receive(socket, MSG_DONTWAIT));  // nothing more
     ASSERT_TRUE(end.finished && WIFEXITED(end.status));
     if (WEXITSTATUS(end.status) == kNoNamespace)
         GTEST_SKIP() << "this machine allows no private mount namespace with a /dev of its own";
