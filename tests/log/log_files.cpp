@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -118,6 +119,52 @@ std::optional<bool> wellFormed(const std::string &path)
     if (access("/usr/bin/xmllint", X_OK) != 0)
         return std::nullopt;
     return std::system(("/usr/bin/xmllint --noout '" + path + "' 2>/dev/null").c_str()) == 0;
+}
+
+std::string between(const std::string &text, std::size_t from, const std::string &before, const std::string &after)
+{
+    const std::size_t at = text.find(before, from);
+    if (at == std::string::npos)
+        return "";
+    const std::size_t start = at + before.size(), end = text.find(after, start);
+    return end == std::string::npos ? "" : text.substr(start, end - start);
+}
+
+std::vector<LoggedRecord> textLogRecords(const std::string &path, const std::string &source)
+{
+    std::vector<LoggedRecord> records;
+    const std::u16string units = unitsOf(path);
+    for (std::size_t at = 0, next; at < units.size(); at = next) {
+        next = std::min(units.find(u"EventID: ", at + 1), units.size());
+        const std::u16string record = units.substr(at, next - at);
+        const std::string id = between(std::string(record.begin(), record.end()), 0, "EventID: ", "\r");
+        const std::u16string expected =
+            id == "1"
+                ? textRecord("1", source, "Lodestar Engine", "Information", "Log backup created")
+                : textRecord(id, source, "Pell Service", "Warning", "record " + id,
+                             "0x00000000: 64 61 74 61" + std::string(39, ' ') + "data" + std::string(13, ' ') + "\r\n");
+        records.push_back({id, record == withTimes(expected, record)});
+    }
+    return records;
+}
+
+std::vector<LoggedRecord> xmlLogRecords(const std::string &file, const std::string &source)
+{
+    std::vector<LoggedRecord> records;
+    for (std::size_t at = file.find("<LogEntry>"); at != std::string::npos; at = file.find("<LogEntry>", at + 1)) {
+        const std::string id = between(file, at, "<ID>", "<");
+        if (id.empty() || id.find_first_not_of("0123456789") != std::string::npos) {
+            records.push_back({id, false});
+            continue;
+        }
+        const std::string expected =
+            id == "1" ? xmlEntry(file, at, xmlFields(4, 1, "", "", source, "Lodestar Engine", "Log backup created"))
+                      : xmlEntry(file, at,
+                                 xmlFields(2, std::stoll(id), "", "", source, "Pell Service", "record " + id,
+                                           "0x64,0x61,0x74,0x61"));
+        records.push_back({id, file.compare(at, expected.size(), expected) == 0});
+    }
+    return records;
 }
 
 }  // namespace zksupt::test

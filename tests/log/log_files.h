@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace zksupt::test {
 
@@ -35,6 +36,21 @@ std::string xmlFields(int type, long long id, const std::string &link, const std
 // An XML log entry with the given fields after ComputerName; its time is the
 // TimeStamp of actual's next entry from `from`, and DateTime that time's text.
 std::string xmlEntry(const std::string &actual, std::size_t from, const std::string &fields);
+// The text between the first `before` from `from` on and the next `after`;
+// empty when either is missing.
+std::string between(const std::string &text, std::size_t from, const std::string &before, const std::string &after);
+
+// A record the concurrency tests' writers log, as found in a log: its event
+// ID as text and whether it is whole. The writers log every ID n as "record n"
+// of source with the four bytes "data", and the library adds ID 1 for a backup.
+struct LoggedRecord {
+    std::string id;
+    bool whole;
+};
+// The records of a text log (the file at path) and of an XML log (its contents) in file order.
+std::vector<LoggedRecord> textLogRecords(const std::string &path, const std::string &source);
+std::vector<LoggedRecord> xmlLogRecords(const std::string &file, const std::string &source);
+
 // Whether xmllint finds the file well-formed; empty when xmllint is not installed.
 std::optional<bool> wellFormed(const std::string &path);
 

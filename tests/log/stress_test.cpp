@@ -85,29 +85,13 @@ bool writeAll(int n, uint32_t limit, uint32_t rotateAt)
                                               SM_ROTATED_LOG_NEWLINE) == 0;
 }
 
-std::string between(const std::string &text, std::size_t from, const std::string &before, const std::string &after)
-{
-    const std::size_t at = text.find(before, from) + before.size();
-    return text.substr(at, text.find(after, at) - at);
-}
-
 // The event IDs of a text log's records in file order, after "header" when
 // the file starts with one; "broken" for a record that is not whole.
 Ids textIds(const std::string &path)
 {
     Ids ids{readFile(path).starts_with(headerBytes()) ? "header" : "no header"};
-    const std::u16string units = unitsOf(path);
-    for (std::size_t at = 0, next; at < units.size(); at = next) {
-        next = std::min(units.find(u"EventID: ", at + 1), units.size());
-        const std::u16string record = units.substr(at, next - at);
-        const std::string id = between(std::string(record.begin(), record.end()), 0, "EventID: ", "\r");
-        const std::u16string expected =
-            id == "1"
-                ? textRecord("1", "stress", "Lodestar Engine", "Information", "Log backup created")
-                : textRecord(id, "stress", "Pell Service", "Warning", "record " + id,
-                             "0x00000000: 64 61 74 61" + std::string(39, ' ') + "data" + std::string(13, ' ') + "\r\n");
-        ids.push_back(record == withTimes(expected, record) ? id : "broken");
-    }
+    for (const LoggedRecord &record : textLogRecords(path, "stress"))
+        ids.push_back(record.whole ? record.id : "broken");
     return ids;
 }
 
@@ -117,15 +101,8 @@ Ids xmlIds(const std::string &path)
 {
     const std::string file = readFile(path);
     Ids ids{wellFormed(path) != false && file.ends_with("</LogEntry></EventLog>") ? "document" : "ill-formed"};
-    for (std::size_t at = file.find("<LogEntry>"); at != std::string::npos; at = file.find("<LogEntry>", at + 1)) {
-        const std::string id = between(file, at, "<ID>", "<");
-        const std::string expected =
-            id == "1" ? xmlEntry(file, at, xmlFields(4, 1, "", "", "stress", "Lodestar Engine", "Log backup created"))
-                      : xmlEntry(file, at,
-                                 xmlFields(2, std::stoll(id), "", "", "stress", "Pell Service", "record " + id,
-                                           "0x64,0x61,0x74,0x61"));
-        ids.push_back(file.compare(at, expected.size(), expected) == 0 ? id : "broken");
-    }
+    for (const LoggedRecord &record : xmlLogRecords(file, "stress"))
+        ids.push_back(record.whole ? record.id : "broken");
     return ids;
 }
 
