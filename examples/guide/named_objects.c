@@ -12,29 +12,36 @@
 
 #include <zksupt/zksupt.h>
 
+/*
+ * The parent's handles. The forked child inherits them but leaves them to
+ * the parent (destroying the creator's event handle would remove the event);
+ * it makes handles of its own by name.
+ */
+static void *mutex, *ready;
+
 /* The child: finds the mutex busy, says so through the event, then waits for its turn. */
 static int child(void)
 {
-    void *mutex = SMMutexOpen("guide.work");
-    void *ready = SMEventOpen("guide.ready");
-    int ok = mutex != NULL && ready != NULL && SMMutexLock(mutex, SM_WAIT_NONE) == SM_STATUS_TIMEOUT &&
-             SMEventSet(ready) == SM_STATUS_SUCCESS && SMMutexLock(mutex, SM_WAIT_FOREVER) == SM_STATUS_SUCCESS;
+    void *work = SMMutexOpen("guide.work");
+    void *seen = SMEventOpen("guide.ready");
+    int ok = work != NULL && seen != NULL && SMMutexLock(work, SM_WAIT_NONE) == SM_STATUS_TIMEOUT &&
+             SMEventSet(seen) == SM_STATUS_SUCCESS && SMMutexLock(work, SM_WAIT_FOREVER) == SM_STATUS_SUCCESS;
 
     if (ok)
-        SMMutexUnLock(mutex);
-    SMEventDestroy(ready);
-    SMMutexDestroy(mutex);
+        SMMutexUnLock(work);
+    SMEventDestroy(seen);
+    SMMutexDestroy(work);
     return ok ? 0 : 1;
 }
 
 int main(void)
 {
-    void *mutex = SMMutexCreate("guide.work");
-    /* Automatic reset, not signalled yet. */
-    void *ready = SMEventCreate("guide.ready", 0, 0);
     int status = 0, ok = 0;
     pid_t pid;
 
+    mutex = SMMutexCreate("guide.work");
+    /* Automatic reset, not signalled yet. */
+    ready = SMEventCreate("guide.ready", 0, 0);
     if (mutex == NULL || ready == NULL || SMMutexLock(mutex, SM_WAIT_FOREVER) != SM_STATUS_SUCCESS) {
         fprintf(stderr, "named_objects: cannot create or take the objects\n");
         goto done;
