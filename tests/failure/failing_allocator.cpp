@@ -10,7 +10,7 @@
 namespace {
 
 std::atomic<bool> counting{false};
-std::atomic<uint64_t> remaining{0};  // allocations until the planned failure; 0 for none
+std::atomic<uint32_t> remaining{0};  // allocations until the planned failure; 0 for none
 std::atomic<bool> injected{false};
 
 // Whether this allocation is the planned failure.
@@ -18,7 +18,7 @@ bool failsNow() noexcept
 {
     if (!counting.load(std::memory_order_relaxed))
         return false;
-    uint64_t left = remaining.load(std::memory_order_relaxed);
+    uint32_t left = remaining.load(std::memory_order_relaxed);
     while (left != 0)
         if (remaining.compare_exchange_weak(left, left - 1)) {
             if (left != 1)
@@ -36,7 +36,7 @@ namespace zksupt::test {
 void planAllocationFailure(uint64_t n)
 {
     injected = false;
-    remaining = n;
+    remaining = static_cast<uint32_t>(n);
 }
 
 bool endAllocationPlan()
@@ -65,10 +65,6 @@ void *__real_calloc(std::size_t count, std::size_t size);
 void *__real_realloc(void *block, std::size_t size);
 char *__real_strdup(const char *text);
 char *__real_strndup(const char *text, std::size_t size);
-void *__real__Znwm(std::size_t size);
-void *__real__Znam(std::size_t size);
-void *__real__ZnwmRKSt9nothrow_t(std::size_t size, const std::nothrow_t &tag) noexcept;
-void *__real__ZnamRKSt9nothrow_t(std::size_t size, const std::nothrow_t &tag) noexcept;
 
 void *__wrap_malloc(std::size_t size)
 {
@@ -94,29 +90,50 @@ char *__wrap_strndup(const char *text, std::size_t size)
 {
     return failsNow() ? nullptr : __real_strndup(text, size);
 }
+}
 
-void *__wrap__Znwm(std::size_t size)
+// operator new's names carry the mangled size_t: unsigned long ('m') on
+// 64-bit hosts, unsigned int ('j') on 32-bit ones. The functions are named
+// for the linker with asm labels, as C++ cannot spell those names.
+#if __SIZEOF_SIZE_T__ == 8
+#define ZKSUPT_SIZE_CODE "m"
+#else
+#define ZKSUPT_SIZE_CODE "j"
+#endif
+void *realNew(std::size_t size) __asm__("__real__Znw" ZKSUPT_SIZE_CODE);
+void *realNewArray(std::size_t size) __asm__("__real__Zna" ZKSUPT_SIZE_CODE);
+void *realNewNothrow(std::size_t size, const std::nothrow_t &tag) noexcept
+    __asm__("__real__Znw" ZKSUPT_SIZE_CODE "RKSt9nothrow_t");
+void *realNewArrayNothrow(std::size_t size, const std::nothrow_t &tag) noexcept
+    __asm__("__real__Zna" ZKSUPT_SIZE_CODE "RKSt9nothrow_t");
+
+void *wrapNew(std::size_t size) __asm__("__wrap__Znw" ZKSUPT_SIZE_CODE);
+void *wrapNew(std::size_t size)
 {
     if (failsNow())
         throw std::bad_alloc();
-    return __real__Znwm(size);
+    return realNew(size);
 }
 
-void *__wrap__Znam(std::size_t size)
+void *wrapNewArray(std::size_t size) __asm__("__wrap__Zna" ZKSUPT_SIZE_CODE);
+void *wrapNewArray(std::size_t size)
 {
     if (failsNow())
         throw std::bad_alloc();
-    return __real__Znam(size);
+    return realNewArray(size);
 }
 
-void *__wrap__ZnwmRKSt9nothrow_t(std::size_t size, const std::nothrow_t &tag) noexcept
+void *wrapNewNothrow(std::size_t size, const std::nothrow_t &tag) noexcept
+    __asm__("__wrap__Znw" ZKSUPT_SIZE_CODE "RKSt9nothrow_t");
+void *wrapNewNothrow(std::size_t size, const std::nothrow_t &tag) noexcept
 {
-    return failsNow() ? nullptr : __real__ZnwmRKSt9nothrow_t(size, tag);
+    return failsNow() ? nullptr : realNewNothrow(size, tag);
 }
 
-void *__wrap__ZnamRKSt9nothrow_t(std::size_t size, const std::nothrow_t &tag) noexcept
+void *wrapNewArrayNothrow(std::size_t size, const std::nothrow_t &tag) noexcept
+    __asm__("__wrap__Zna" ZKSUPT_SIZE_CODE "RKSt9nothrow_t");
+void *wrapNewArrayNothrow(std::size_t size, const std::nothrow_t &tag) noexcept
 {
-    return failsNow() ? nullptr : __real__ZnamRKSt9nothrow_t(size, tag);
-}
+    return failsNow() ? nullptr : realNewArrayNothrow(size, tag);
 }
 // NOLINTEND
