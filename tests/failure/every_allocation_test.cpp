@@ -10,6 +10,7 @@
 #include <dirent.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
@@ -546,67 +547,42 @@ bool addressWork()
                      {SM_STATUS_NO_MEMORY, SM_STATUS_FAILURE}, "SMGetIPAddrStrList");
 }
 
-TEST(EveryAllocation, SdoBuildSerialiseParseClone)
+// One scenario a family; each runs as its own test, named after the family.
+const Scenario kScenarios[] = {
+    {"SDO", nothing, sdoWork, nothing},
+    {"sized strings, text", nothing, textWork, nothing},
+    {"format %S", nothing, formatWork, nothing},
+    {"INI files", [] { sandbox().writeFile("alloc/config.ini", kIniBefore); }, iniWork, iniCheck},
+    {"registry", nothing, registryWork, registryCheck},
+    {"property files", [] { sandbox().writeFile("alloc/settings.properties", kPropertiesBefore); }, propertyWork,
+     propertyCheck},
+    {"string tables",
+     [] {
+         sandbox().writeFile("alloc/strings.ini", "[ASCII EN_US DEFAULT STRING ID SECTION]\n0:1F4=Hello\n\n"
+                                                  "[MISCELLANEOUS STRING ID SECTION]\n407:1F4=Hallo\n");
+     },
+     stringTableWork, nothing},
+    {"XML writer", nothing, xmlWork, nothing},
+    {"event logs", logReset, logWork, logCheck},
+    {"named objects", nothing, namedWork, nothing},
+    {"library table", nothing, libraryWork, nothing},
+    {"address lists", nothing, addressWork, nothing},
+};
+
+class EveryAllocation : public testing::TestWithParam<Scenario> {};
+
+TEST_P(EveryAllocation, FailsCleanlyAndWorksAgain)
 {
-    report({"SDO", nothing, sdoWork, nothing});
+    report(GetParam());
 }
 
-TEST(EveryAllocation, SizedStringsAndTextHelpers)
-{
-    report({"sized strings, text", nothing, textWork, nothing});
-}
-
-TEST(EveryAllocation, FormatWithWideStrings)
-{
-    report({"format %S", nothing, formatWork, nothing});
-}
-
-TEST(EveryAllocation, IniReadAndWrite)
-{
-    report({"INI files", [] { sandbox().writeFile("alloc/config.ini", kIniBefore); }, iniWork, iniCheck});
-}
-
-TEST(EveryAllocation, RegistryReload)
-{
-    report({"registry", nothing, registryWork, registryCheck});
-}
-
-TEST(EveryAllocation, PropertyFiles)
-{
-    report({"property files", [] { sandbox().writeFile("alloc/settings.properties", kPropertiesBefore); }, propertyWork,
-            propertyCheck});
-}
-
-TEST(EveryAllocation, StringTables)
-{
-    sandbox().writeFile("alloc/strings.ini", "[ASCII EN_US DEFAULT STRING ID SECTION]\n0:1F4=Hello\n\n"
-                                             "[MISCELLANEOUS STRING ID SECTION]\n407:1F4=Hallo\n");
-    report({"string tables", nothing, stringTableWork, nothing});
-}
-
-TEST(EveryAllocation, XmlWriter)
-{
-    report({"XML writer", nothing, xmlWork, nothing});
-}
-
-TEST(EveryAllocation, EventLogs)
-{
-    report({"event logs", logReset, logWork, logCheck});
-}
-
-TEST(EveryAllocation, NamedObjects)
-{
-    report({"named objects", nothing, namedWork, nothing});
-}
-
-TEST(EveryAllocation, LibraryTable)
-{
-    report({"library table", nothing, libraryWork, nothing});
-}
-
-TEST(EveryAllocation, AddressLists)
-{
-    report({"address lists", nothing, addressWork, nothing});
-}
+INSTANTIATE_TEST_SUITE_P(Family, EveryAllocation, testing::ValuesIn(kScenarios),
+                         [](const testing::TestParamInfo<Scenario> &param) {
+                             std::string name;
+                             for (const char *c = param.param.family; *c != '\0'; ++c)
+                                 if (std::isalnum(static_cast<unsigned char>(*c)) != 0)
+                                     name += *c;
+                             return name;
+                         });
 
 }  // namespace
